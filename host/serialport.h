@@ -1,0 +1,71 @@
+// The serial line as a head unit's host offers it.
+#pragma once
+
+#include "hostexport.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QSerialPort>
+#include <QString>
+#include <QTimer>
+
+namespace canservice {
+
+/// Sees what every port of the process reads and writes: for traces and tests.
+class CANSERVICE_EXPORT SerialMonitor : public QObject
+{
+    Q_OBJECT
+
+public:
+    static SerialMonitor *instance();
+
+signals:
+    /// Bytes from the device, before the port's owner sees them.
+    void received(const QByteArray &bytes);
+    /// One call of SerialPort::writeData(). \param delivered false when the port dropped the bytes.
+    void written(const QByteArray &bytes, bool flag, bool delivered);
+    /// The device was opened, or was lost; \p message says why, for a person to read.
+    void connectionChanged(bool open, const QString &message);
+};
+
+/// A serial device: 8 data bits, no parity, 1 stop bit, no flow control.
+///
+/// A device that cannot be opened or that fails is closed at once and tried again every second, for
+/// ever: one log line when it is lost, one when it is back.
+class CANSERVICE_EXPORT SerialPort : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SerialPort(QObject *parent = nullptr);
+    ~SerialPort() override;
+
+    /// The device that open() takes for an empty name. Empty by default: no device.
+    static void setDefaultDevice(const QString &device);
+    static QString defaultDevice();
+
+    /// Opens \p device, a path or a name below /dev, and drops what it had received before.
+    /// \returns whether the device is open now; if not, and it has a name, the port keeps trying.
+    bool open(QString device, int baudRate);
+
+    /// Hands all of \p bytes to the device at once. \p flag has no meaning here.
+    /// \returns false when the port is closed or the device has stopped taking bytes: they are
+    /// lost.
+    bool writeData(const QByteArray &bytes, bool flag);
+
+signals:
+    void read(QByteArray bytes);
+
+private:
+    bool tryOpen();
+    void onReadyRead();
+    void onError(QSerialPort::SerialPortError error);
+    void lose();
+
+    QSerialPort mDevice;
+    QTimer mRetryTmr;
+    bool mLossReported = false;
+    bool mStalled = false;
+};
+
+} // namespace canservice

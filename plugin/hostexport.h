@@ -1,0 +1,10 @@
+// Visibility of the host library's symbols.
+#pragma once
+
+#include <QtGlobal>
+
+#ifdef CANSERVICE_BUILD_HOST
+#    define CANSERVICE_EXPORT Q_DECL_EXPORT
+#else
+#    define CANSERVICE_EXPORT Q_DECL_IMPORT
+#endif
