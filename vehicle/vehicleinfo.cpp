@@ -1,0 +1,128 @@
+// The vehicle information frames: driving data, tyres, battery. A signal for what changed.
+#include "plugin/simpleservice.h"
+
+#include "protocol/diagnostics.h"
+
+#include <translator.h>
+
+#include <algorithm>
+
+namespace canservice {
+
+namespace {
+
+constexpr int kFrame1Size = 18;
+constexpr int kFrame2Size = 5;
+
+// Unit texts of the host.
+constexpr int kKilometres = 997;
+constexpr int kLitresPer100Kilometres = 1002;
+constexpr int kKilometresPerHour = 992;
+
+const QLatin1String kInvalid("--");
+
+template <typename Number>
+QString withUnit(Number number, int unit)
+{
+    return QString::number(number) + Translator::translate(unit);
+}
+
+// 24 bits, no invalid value.
+QString odometerText(const quint8 *bytes)
+{
+    return withUnit(bytes[0] << 16 | bytes[1] << 8 | bytes[2], kKilometres);
+}
+
+QString rangeText(const quint8 *bytes)
+{
+    const int range = bytes[0] << 8 | bytes[1];
+    return range < 1000 ? withUnit(range, kKilometres) : kInvalid;
+}
+
+QString consumptionText(quint8 code)
+{
+    const auto consumption = static_cast<float>((2 * code + 1) / 10.0);
+    return consumption <= 30.0F
+               ? withUnit(static_cast<double>(consumption), kLitresPer100Kilometres)
+               : kInvalid;
+}
+
+QString speedText(quint8 speed)
+{
+    return speed != 0xFF ? withUnit(static_cast<int>(speed), kKilometresPerHour) : kInvalid;
+}
+
+/// kPa, in steps of 2.75; -1 for no reading.
+constexpr float tirePressure(quint8 code)
+{
+    return code == 0xFF ? -1.0F : static_cast<float>(code * 2.75);
+}
+
+// The host's tyre state for each of the box's 4-bit codes.
+constexpr int kTireStates[16] = {0, 2, 1, 0, 0, 0, 0, 1};
+
+/// Volts, in single precision at each step.
+constexpr float batteryVoltage(quint8 code)
+{
+    return std::clamp(static_cast<float>(code * 47) / 755.0F + 3.0F, 3.0F, 17.9F);
+}
+
+template <typename Value>
+bool store(Value &stored, const Value &value)
+{
+    if (stored == value)
+        return false;
+    stored = value;
+    return true;
+}
+
+} // namespace
+
+// Payload: [0..2] odometer, [3..4] range, [5] consumption, [7..10] tyre pressures, [15..16] tyre
+// states, four bits each; the rest unused.
+void SimpleService::doCarInformationData1(int dataType, QByteArray &payload)
+{
+    if (payload.size() != kFrame1Size) {
+        LOG_ERROR();
+        return;
+    }
+    LOG_DEBUG() << dataType << payload.toHex();
+    const quint8 *bytes = canbox::bytesOf(payload);
+    if (store(mDrivingData.odometer, odometerText(bytes)))
+        emit drivingDataChanged();
+    if (store(mDrivingData.range, rangeText(bytes + 3)))
+        emit drivingDataChanged();
+    if (store(mDrivingData.consumption, consumptionText(bytes[5])))
+        emit drivingDataChanged();
+
+    bool pressureChanged = false;
+    for (int tire = 0; tire < 4; ++tire)
+        pressureChanged |= store(mTirePressure[tire], tirePressure(bytes[7 + tire]));
+    if (pressureChanged)
+        emit tireDataChanged();
+
+    const int codes[] = {bytes[15] >> 4, bytes[15] & 0x0F, bytes[16] >> 4, bytes[16] & 0x0F};
+    bool stateChanged = false;
+    for (int tire = 0; tire < 4; ++tire)
+        stateChanged |= store(mTireStatus[tire], kTireStates[codes[tire]]);
+    mTireAlertType = std::any_of(std::begin(mTireStatus), std::end(mTireStatus),
+                                 [](int state) { return state != 0; });
+    if (stateChanged)
+        emit tireAlert();
+}
+
+// Payload: [0] speed, [4] battery voltage; the rest unused.
+void SimpleService::doCarInformationData2(int, QByteArray &payload)
+{
+    if (payload.size() != kFrame2Size) {
+        LOG_ERROR();
+        return;
+    }
+    const quint8 *bytes = canbox::bytesOf(payload);
+    if (store(mDrivingData.speed, speedText(bytes[0])))
+        emit drivingDataChanged();
+    if (store(mBatteryVoltage, batteryVoltage(bytes[4])))
+        emit batteryVoltageChange();
+}
+
+} // namespace canservice
