@@ -241,8 +241,8 @@ private:
 
     // protocol/receiveparser.cpp: the stored numbers appear in the log.
     enum ParseState { Idle = 0, AwaitLength = 2, AwaitType = 3, Payload = 4, AwaitChecksum = 5 };
-    void parseByte(quint8 byte);
-    void finishFrame(quint8 checkSum);
+    bool takeByte(quint8 byte); ///< \returns false for a wrong checksum.
+    void acceptFrame();
 
     // protocol/outbound.cpp
     void requestReport(canbox::Inbound dataType, bool flag);

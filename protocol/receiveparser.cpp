@@ -19,11 +19,12 @@ void SimpleService::onDataReady(QByteArray buf)
     const quint8 *const end = canbox::bytesOf(buf) + buf.size();
     for (const quint8 *byte = canbox::bytesOf(buf); byte != end; ++byte) {
         LOG_DEBUG_IF(debugging) << mParseState;
-        parseByte(*byte);
+        if (!takeByte(*byte))
+            LOG_ERROR() << "checksum err!";
     }
 }
 
-inline void SimpleService::parseByte(quint8 byte)
+inline bool SimpleService::takeByte(quint8 byte)
 {
     switch (mParseState) {
     case Idle:
@@ -51,23 +52,23 @@ inline void SimpleService::parseByte(quint8 byte)
             mParseState = AwaitChecksum;
         break;
     case AwaitChecksum:
-        finishFrame(byte);
+        mParseState = Idle;
+        if (byte != static_cast<quint8>(~mRecvSum)) {
+            mSerialPort.writeData(mBadReceipt, true);
+            return false;
+        }
+        acceptFrame();
         break;
     default:
         break;
     }
+    return true;
 }
 
-void SimpleService::finishFrame(quint8 checkSum)
+void SimpleService::acceptFrame()
 {
-    // Idle before the frame is handled, and the payload out of the parser's reach: a host slot that
-    // runs an event loop of its own lets the next bytes in.
-    mParseState = Idle;
-    if (checkSum != static_cast<quint8>(~mRecvSum)) {
-        mSerialPort.writeData(mBadReceipt, true);
-        LOG_ERROR() << "checksum err!";
-        return;
-    }
+    // The parser is idle by now and the payload out of its reach: a host slot that runs an event
+    // loop of its own lets the next bytes in.
     QByteArray payload;
     payload.swap(mRecvPayload);
     // The receipt goes out before the frame is handled, so that a slow host slot cannot delay it.
