@@ -1,0 +1,41 @@
+// Lets bytes out at the speed of the serial line.
+#pragma once
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+namespace bench {
+
+/// A transmitter at a given speed, 10 bits a byte. While it is busy, each byte is due at a time
+/// counted from the first byte, so that late timers do not add up.
+class LinePacer : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit LinePacer(int baudRate, QObject *parent = nullptr);
+
+    /// Appends to what is waiting.
+    void send(const QByteArray &bytes);
+    /// Forgets what is waiting.
+    void clear();
+    bool isIdle() const { return mWaiting.isEmpty(); }
+
+signals:
+    void chunk(const QByteArray &bytes);
+    /// The last byte has gone. What is sent now follows without a gap.
+    void drained();
+
+private:
+    void onTick();
+
+    const int mBytesPerSecond;
+    QTimer mTick;
+    QElapsedTimer mClock; ///< Since the line became busy.
+    qint64 mSent = 0;     ///< Bytes since then.
+    QByteArray mWaiting;
+};
+
+} // namespace bench
