@@ -6,10 +6,10 @@ CanBusManager *CanBusManager::instance()
     return &manager;
 }
 
-int CanBusManager::getCarModelId() const { return mCarModelId; }
+int CanBusManager::getCarModelId() { return mCarModelId; }
 
 void CanBusManager::setCarModelId(int id) { mCarModelId = id; }
 
-int CanBusManager::getHwdCarModelIndex() const { return mHwdCarModelIndex; }
+int CanBusManager::getHwdCarModelIndex() { return mHwdCarModelIndex; }
 
 void CanBusManager::setHwdCarModelIndex(int index) { mHwdCarModelIndex = index; }

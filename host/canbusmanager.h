@@ -9,11 +9,11 @@ public:
     static CanBusManager *instance();
 
     /// The selected car model; the services hold lists of the ids they know.
-    int getCarModelId() const;
+    int getCarModelId();
     void setCarModelId(int id);
 
     /// The index under which the box knows the car; the box gets its low byte.
-    int getHwdCarModelIndex() const;
+    int getHwdCarModelIndex();
     void setHwdCarModelIndex(int index);
 
 private:

@@ -8,7 +8,7 @@ ConfigManager *ConfigManager::instance()
     return &manager;
 }
 
-QString ConfigManager::getPluginFullPath() const { return mPluginFullPath; }
+QString ConfigManager::getPluginFullPath() { return mPluginFullPath; }
 
 void ConfigManager::setPluginFullPath(const QString &path) { mPluginFullPath = path; }
 

@@ -13,7 +13,7 @@ public:
     static ConfigManager *instance();
 
     /// The file that the running service was loaded from.
-    QString getPluginFullPath() const;
+    QString getPluginFullPath();
     void setPluginFullPath(const QString &path);
 
 private:
