@@ -1,37 +1,72 @@
 #include "serialport.h"
 
 #include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace canservice {
 
 namespace {
 
+constexpr int kRetryInterval = 1000; // ms
+constexpr qint64 kMaxPending = 4096; // bytes; about one second of line time at 38400 baud
+
+struct Failure
+{
+    int error;
+    const char *text;
+};
+
+constexpr char kNoSuchDevice[] = "no such device; plug it in or correct the name";
+constexpr char kNoPermission[] =
+    "no permission to open it; join its group (often dialout) or change its mode";
+constexpr char kBusy[] = "busy; close the program that holds it";
+constexpr char kNotSerial[] = "not a serial device; name one such as /dev/ttyUSB0";
+
+constexpr Failure kFailures[] = {
+    {ENOENT, kNoSuchDevice}, {ENOTDIR, kNoSuchDevice}, {ELOOP, kNoSuchDevice},
+    {ENODEV, kNoSuchDevice}, {ENXIO, kNoSuchDevice},   {EACCES, kNoPermission},
+    {EPERM, kNoPermission},  {EBUSY, kBusy},           {EISDIR, kNotSerial},
+    {ENOTTY, kNotSerial},
+};
+
+// Why a device cannot be opened, as an error number: QSerialPort tells a busy device from a
+// forbidden one as little as a file from a missing device. 0 for a terminal that does open.
+int openError(const QString &path)
+{
+    const int device =
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (device < 0)
+        return errno;
+    const int error = isatty(device) ? 0 : ENOTTY;
+    ::close(device);
+    return error;
+}
+
+// Why QSerialPort did not open the device at \p path, and what to do about it.
+QString whyNotOpen(const QString &path, const QSerialPort &device)
+{
+    int error = openError(path);
+    // The device itself opens: another program has its lock file.
+    if (error == 0 && device.error() == QSerialPort::PermissionError)
+        error = EBUSY;
+    const auto *failure = std::find_if(std::begin(kFailures), std::end(kFailures),
+                                       [error](const Failure &row) { return row.error == error; });
+    if (failure != std::end(kFailures))
+        return QString::fromLatin1(failure->text);
+    return error == 0 ? device.errorString() : qt_error_string(error);
+}
+
 QString &theDefaultDevice()
 {
     static QString device;
     return device;
-}
-
-constexpr int kRetryInterval = 1000; // ms
-
-// About a second of the line. A device that takes nothing for longer loses what comes after.
-constexpr qint64 kMaxPending = 4096;
-
-/// What is wrong and what to do about it, for a person.
-QString explain(QSerialPort::SerialPortError error, const QString &systemText)
-{
-    switch (error) {
-    case QSerialPort::DeviceNotFoundError:
-        return QStringLiteral("no such device; plug it in or check its name");
-    case QSerialPort::PermissionError:
-        return QStringLiteral("it is busy or may not be opened; close the other program, or join "
-                              "the group that owns the device");
-    case QSerialPort::UnsupportedOperationError:
-    case QSerialPort::UnknownError:
-        return QStringLiteral("it is no serial device (%1); choose another").arg(systemText);
-    default:
-        return QStringLiteral("it is gone or failed (%1); plug it in again").arg(systemText);
-    }
 }
 
 } // namespace
@@ -45,18 +80,19 @@ SerialMonitor *SerialMonitor::instance()
 SerialPort::SerialPort(QObject *parent)
     : QObject(parent)
 {
-    mRetryTmr.setInterval(kRetryInterval);
-    mRetryTmr.setSingleShot(true);
-    connect(&mRetryTmr, &QTimer::timeout, this, &SerialPort::tryOpen);
+    mDevice.setDataBits(QSerialPort::Data8);
+    mDevice.setParity(QSerialPort::NoParity);
+    mDevice.setStopBits(QSerialPort::OneStop);
+    mDevice.setFlowControl(QSerialPort::NoFlowControl);
     connect(&mDevice, &QSerialPort::readyRead, this, &SerialPort::onReadyRead);
-    connect(&mDevice, &QSerialPort::errorOccurred, this, &SerialPort::onError);
+    // Queued: most errors come out of a socket notifier that close() deletes.
+    connect(&mDevice, &QSerialPort::errorOccurred, this, &SerialPort::onError,
+            Qt::QueuedConnection);
+    mRetryTmr.setInterval(kRetryInterval);
+    connect(&mRetryTmr, &QTimer::timeout, this, &SerialPort::retry);
 }
 
-SerialPort::~SerialPort()
-{
-    // Closing reports nothing to a port that is on its way out.
-    mDevice.disconnect(this);
-}
+SerialPort::~SerialPort() = default;
 
 void SerialPort::setDefaultDevice(const QString &device) { theDefaultDevice() = device; }
 
@@ -66,47 +102,67 @@ bool SerialPort::open(QString device, int baudRate)
 {
     mRetryTmr.stop();
     mDevice.close();
-    mLossReported = false;
-    const QString name = device.isEmpty() ? defaultDevice() : device;
-    if (name.isEmpty()) {
-        qWarning("No serial device is given: call SerialPort::setDefaultDevice() before the "
-                 "service is made.");
+    if (device.isEmpty())
+        device = defaultDevice();
+    if (device.isEmpty()) {
+        qWarning("No serial device is named: name one, such as /dev/ttyUSB0, and start again.");
         return false;
     }
-    mDevice.setPortName(name);
-    mDevice.setBaudRate(baudRate);
-    return tryOpen();
+    mPath = QDir(QStringLiteral("/dev")).absoluteFilePath(device);
+    if (!mDevice.setBaudRate(baudRate)) {
+        qWarning("Serial device %s: %d baud is no speed; give a positive one, such as 38400.",
+                 qUtf8Printable(mPath), baudRate);
+        return false;
+    }
+    if (tryOpen())
+        return true;
+    reportFailure(whyNotOpen(mPath, mDevice));
+    return false;
 }
 
 bool SerialPort::tryOpen()
 {
-    // A failure comes through errorOccurred(), which arms the next try.
+    // The link may lead to another device by now, and the lock that serial programs agree on bears
+    // the device's own name. A missing device ends here, before a lock file is made every second.
+    const QString target = QFileInfo(mPath).canonicalFilePath();
+    if (target.isEmpty())
+        return false;
+    mDevice.setPortName(target);
     if (!mDevice.open(QIODevice::ReadWrite))
         return false;
     mDevice.clear(QSerialPort::Input);
     mStalled = false;
-    const QString message = QStringLiteral("Serial device %1 is open.").arg(mDevice.portName());
-    if (mLossReported)
-        qWarning().noquote() << message;
-    mLossReported = false;
-    emit SerialMonitor::instance()->connectionChanged(true, message);
+    emit SerialMonitor::instance()->connectionChanged(
+        true, QStringLiteral("Serial device %1 is open.").arg(mPath));
     return true;
+}
+
+void SerialPort::retry()
+{
+    if (!tryOpen())
+        return;
+    mRetryTmr.stop();
+    qInfo("Serial device %s is back.", qUtf8Printable(mPath));
 }
 
 bool SerialPort::writeData(const QByteArray &bytes, bool flag)
 {
-    bool delivered = mDevice.isOpen();
-    if (delivered && mDevice.bytesToWrite() + bytes.size() > kMaxPending) {
-        if (!mStalled)
-            qWarning().noquote() << QStringLiteral("Serial device %1 takes no bytes; what is "
-                                                   "written is lost until it does.")
-                                        .arg(mDevice.portName());
-        mStalled = true;
-        delivered = false;
-    }
+    const qint64 pending = mDevice.bytesToWrite();
+    const bool stalled = pending + bytes.size() > kMaxPending;
+    const bool delivered = mDevice.isOpen() && !stalled;
+    if (stalled && !mStalled)
+        qWarning("Serial device %s takes no more bytes: dropping what is sent until it does.",
+                 qUtf8Printable(mPath));
+    mStalled = stalled || (mStalled && pending > 0);
     if (delivered) {
-        delivered = mDevice.write(bytes) == bytes.size();
-        mStalled = false;
+        // QSerialPort writes from the event loop, which a receipt need not wait for. It gets only
+        // what the device does not take now, or all of it to find out what is wrong.
+        qint64 taken = 0;
+        if (pending == 0)
+            taken = std::max<qint64>(
+                0, ::write(mDevice.handle(), bytes.constData(), static_cast<size_t>(bytes.size())));
+        if (taken < bytes.size())
+            mDevice.write(bytes.constData() + taken, bytes.size() - taken);
     }
     emit SerialMonitor::instance()->written(bytes, flag, delivered);
     return delivered;
@@ -119,25 +175,24 @@ void SerialPort::onReadyRead()
     emit read(bytes);
 }
 
-void SerialPort::onError(QSerialPort::SerialPortError error)
+void SerialPort::onError()
 {
-    if (error == QSerialPort::NoError || mRetryTmr.isActive())
+    // A failed open() has been reported, and one error may be signalled more than once.
+    if (!mDevice.isOpen() || mDevice.error() == QSerialPort::NoError)
         return;
-    mRetryTmr.start();
-    const QString message = QStringLiteral("Serial device %1: %2. Trying again every second.")
-                                .arg(mDevice.portName(), explain(error, mDevice.errorString()));
-    if (!mLossReported)
-        qWarning().noquote() << message;
-    mLossReported = true;
-    // The error may come out of the device's own notifiers, which close() deletes.
-    QMetaObject::invokeMethod(this, &SerialPort::lose, Qt::QueuedConnection);
-    emit SerialMonitor::instance()->connectionChanged(false, message);
+    // A terminal that has hung up says so for ever: no event may reach it any more.
+    const QString reason = mDevice.errorString();
+    mDevice.close();
+    reportFailure(QStringLiteral("disconnected (%1); plug it in again").arg(reason));
 }
 
-void SerialPort::lose()
+void SerialPort::reportFailure(const QString &reason)
 {
-    if (mDevice.isOpen())
-        mDevice.close();
+    mRetryTmr.start();
+    const QString message =
+        QStringLiteral("Serial device %1: %2; trying again every second.").arg(mPath, reason);
+    qWarning().noquote() << message;
+    emit SerialMonitor::instance()->connectionChanged(false, message);
 }
 
 } // namespace canservice

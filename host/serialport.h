@@ -24,7 +24,7 @@ signals:
     void received(const QByteArray &bytes);
     /// One call of SerialPort::writeData(). \param delivered false when the port dropped the bytes.
     void written(const QByteArray &bytes, bool flag, bool delivered);
-    /// The device was opened, or was lost; \p message says why, for a person to read.
+    /// The device was opened, could not be opened, or was lost; \p message says so in plain words.
     void connectionChanged(bool open, const QString &message);
 };
 
@@ -44,13 +44,14 @@ public:
     static void setDefaultDevice(const QString &device);
     static QString defaultDevice();
 
-    /// Opens \p device, a path or a name below /dev, and drops what it had received before.
+    /// Opens \p device, a path or a name below /dev, and drops what it had received before. A link
+    /// is followed at every try.
     /// \returns whether the device is open now; if not, and it has a name, the port keeps trying.
     bool open(QString device, int baudRate);
 
-    /// Hands all of \p bytes to the device at once. \p flag has no meaning here.
-    /// \returns false when the port is closed or the device has stopped taking bytes: they are
-    /// lost.
+    /// Hands \p bytes to the device before it returns. \p flag has no meaning here.
+    /// \returns false when the port is closed or the device has stopped taking bytes: all of them
+    ///          are dropped.
     bool writeData(const QByteArray &bytes, bool flag);
 
 signals:
@@ -58,13 +59,14 @@ signals:
 
 private:
     bool tryOpen();
+    void retry();
     void onReadyRead();
-    void onError(QSerialPort::SerialPortError error);
-    void lose();
+    void onError();
+    void reportFailure(const QString &reason);
 
+    QString mPath;
     QSerialPort mDevice;
     QTimer mRetryTmr;
-    bool mLossReported = false;
     bool mStalled = false;
 };
 
