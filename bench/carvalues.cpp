@@ -52,7 +52,7 @@ constexpr CarValueInfo number(CarValue id, const char *name, const char *unit, i
 
 constexpr CarValueInfo sensor(CarValue id, const char *name, Inbound report, int slot)
 {
-    return row(id, name, "step", 0, 1, 0, 0xFF, kObstacle, 0, report, slot, 0, 8);
+    return row(id, name, "", 0, 1, 0, 0xFF, kObstacle, 0, report, slot, 0, 8);
 }
 
 constexpr CarValueInfo pressure(CarValue id, const char *name, int initial, int byte)
@@ -149,7 +149,7 @@ const CarWord *wordOf(const CarValueInfo &info, int raw)
     return word == end ? nullptr : word;
 }
 
-QString numberText(double value) { return QString::number(std::round(value * 100) / 100); }
+QString numberText(double value) { return QString::number(std::round(value * 100) / 100, 'g', 10); }
 
 } // namespace
 

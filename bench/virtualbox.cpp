@@ -63,6 +63,11 @@ void VirtualBox::onFrame(quint8 dataType, const QByteArray &payload)
     default:
         understood = mCar->obey(dataType, payload);
     }
+    if (mAwaitsHost) {
+        mAwaitsHost = false;
+        if (mStarted)
+            reportAll();
+    }
     if (!understood)
         ++mMisunderstood;
 }

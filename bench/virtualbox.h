@@ -36,6 +36,10 @@ public:
     /// A silent box hears everything and sends nothing.
     void setSilent(bool on);
 
+    /// The host is away, for example because the line is unplugged: with its next frame, the whole
+    /// car is reported if the box is started.
+    void awaitHost() { mAwaitsHost = true; }
+
     /// Reports what the car has for \p dataType, started or not.
     void report(quint8 dataType);
     /// Reports the whole car, as on every start.
@@ -88,6 +92,7 @@ private:
 
     bool mStarted = false;
     bool mSilent = false;
+    bool mAwaitsHost = false;
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");
 

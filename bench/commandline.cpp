@@ -1,0 +1,97 @@
+#include "commandline.h"
+
+#include <cstdio>
+
+namespace bench {
+
+CommandLine::CommandLine(const char *name, const char *usage, const char *description,
+                         const char *examples)
+    : mName(QLatin1String(name))
+    , mUsage(QLatin1String(usage))
+    , mExamples(QLatin1String(examples))
+{
+    setApplicationDescription(QString::fromUtf8(description));
+    addOption({{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")});
+}
+
+std::optional<int> CommandLine::read(const QStringList &arguments, int maxPositional)
+{
+    if (!parse(QStringList(mName) + arguments))
+        return complain(errorText());
+    if (isSet(QStringLiteral("help"))) {
+        say(help());
+        return Done;
+    }
+    if (positionalArguments().size() > maxPositional)
+        return complain(QStringLiteral("'%1' is one argument too many")
+                            .arg(positionalArguments().at(maxPositional)));
+    return std::nullopt;
+}
+
+QString CommandLine::help() const
+{
+    const QString text = helpText();
+    QString result = QStringLiteral("Usage: canbench %1 %2").arg(mName, mUsage) +
+                     text.mid(text.indexOf(QLatin1Char('\n')));
+    result += QStringLiteral("\nExamples:\n");
+    for (const QString &example : mExamples.split(QLatin1Char('\n')))
+        result += QStringLiteral("  ") + example + QLatin1Char('\n');
+    return result.trimmed();
+}
+
+int CommandLine::number(const QString &option, int fallback, int low, int high)
+{
+    if (!isSet(option))
+        return fallback;
+    bool isNumber = false;
+    const int result = value(option).toInt(&isNumber, 0);
+    if (isNumber && result >= low && result <= high)
+        return result;
+    complain(QStringLiteral("--%1 needs a whole number from %2 to %3, not '%4'")
+                 .arg(option)
+                 .arg(low)
+                 .arg(high)
+                 .arg(value(option)));
+    return fallback;
+}
+
+double CommandLine::seconds(const QString &option, double fallback, double low, double high)
+{
+    if (!isSet(option))
+        return fallback;
+    bool isNumber = false;
+    const double result = value(option).toDouble(&isNumber);
+    if (isNumber && result >= low && result <= high)
+        return result;
+    complain(QStringLiteral("--%1 needs a number of seconds from %2 to %3, not '%4'")
+                 .arg(option)
+                 .arg(low)
+                 .arg(high)
+                 .arg(value(option)));
+    return fallback;
+}
+
+int CommandLine::complain(const QString &problem)
+{
+    mWrong = true;
+    QString text = problem;
+    if (text.endsWith(QLatin1Char('.')))
+        text.chop(1);
+    const QString line = QStringLiteral("canbench %1: %2\nTry 'canbench %1 --help'.\n");
+    std::fputs(line.arg(mName, text).toUtf8().constData(), stderr);
+    return WrongUsage;
+}
+
+int fail(const QString &problem)
+{
+    std::fputs(QStringLiteral("canbench: %1\n").arg(problem).toUtf8().constData(), stderr);
+    return Failed;
+}
+
+void say(const QString &line)
+{
+    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace bench

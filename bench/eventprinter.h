@@ -1,0 +1,39 @@
+// Events and summaries on standard output, as lines of text or of JSON.
+#pragma once
+
+#include "session.h"
+
+namespace bench {
+
+class EventPrinter
+{
+public:
+    enum Format { Text, Json };
+
+    explicit EventPrinter(Format format)
+        : mFormat(format)
+    {
+    }
+
+    /// Leaves out link codes that only repeat the one before.
+    void setTerse(bool on) { mTerse = on; }
+
+    /// One line, at once. \p state is the state after the event.
+    void print(const Event &event, const Snapshot &state);
+    /// A heading between events; nothing in JSON.
+    void heading(const QString &text);
+    void print(const Summary &summary, double seconds);
+
+private:
+    void write(const QString &line);
+    void printText(const Summary &summary, double seconds);
+    void writeFrames(const char *what, const LineCounts &counts, QString (*nameOf)(quint8));
+    void writeCount(int indent, const QString &what, qint64 count);
+    void printJson(const Summary &summary, double seconds);
+
+    const Format mFormat;
+    bool mTerse = false;
+    int mLinkCode = -1;
+};
+
+} // namespace bench

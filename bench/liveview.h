@@ -1,0 +1,39 @@
+// `canbench run` on a terminal: the state as a steady picture, the latest events below it, and keys
+// that act on the car, the box and the host.
+#pragma once
+
+#include "session.h"
+#include "terminal.h"
+
+#include <QTimer>
+
+namespace bench {
+
+class LiveView : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Takes the terminal over until it is destroyed.
+    explicit LiveView(Session *session, QObject *parent = nullptr);
+
+    void show(const Event &event);
+
+signals:
+    void quit();
+
+private:
+    void onKey(char key);
+    void drawSoon();
+    void draw();
+    QVector<ScreenLine> stateLines() const;
+
+    Session *const mSession;
+    Terminal mTerminal;
+    QTimer mDrawTmr;
+    QStringList mEvents; ///< The latest last.
+    QString mKey = QStringLiteral("none");
+    bool mShowHelp = false;
+};
+
+} // namespace bench

@@ -1,0 +1,52 @@
+// canbench: try, test and watch the CAN service without a car.
+#include "commandline.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+constexpr bench::Command kCommands[] = {
+    {"run", "run the plug-in on the embedded box or on a device and print what happens",
+     bench::runCommand},
+    {"tour", "a guided run of 15 s through what the plug-in does", bench::tourCommand},
+    {"doctor", "say whether a file can be loaded as the plug-in, and why not",
+     bench::doctorCommand},
+};
+
+QString overview()
+{
+    QString text = QStringLiteral("Usage: canbench COMMAND [options]\n\nCommands:\n");
+    for (const bench::Command &command : kCommands)
+        text += QStringLiteral("  %1 %2\n")
+                    .arg(QLatin1String(command.name), -8)
+                    .arg(QLatin1String(command.summary));
+    return text + QStringLiteral("\n'canbench COMMAND --help' tells more, with examples.");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("canbench"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(CANBENCH_VERSION));
+
+    const QStringList arguments = QCoreApplication::arguments();
+    const QString name = arguments.value(1);
+    for (const bench::Command &command : kCommands)
+        if (name == QLatin1String(command.name))
+            return command.run(arguments.mid(2));
+
+    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        bench::say(overview());
+        return bench::Done;
+    }
+    if (name == QLatin1String("--version")) {
+        bench::say(QStringLiteral("canbench ") + QCoreApplication::applicationVersion());
+        return bench::Done;
+    }
+    bench::fail(name.isEmpty() ? QStringLiteral("no command given")
+                               : QStringLiteral("there is no command '%1'").arg(name));
+    bench::fail(QStringLiteral("try 'canbench --help'"));
+    return bench::WrongUsage;
+}
