@@ -6,17 +6,14 @@ void LazyTimer::start()
 {
     mDue = Clock::now() + intervalAsDuration();
     mRunning = true;
-    if (!mWakeUp.isActive())
-        mWakeUp.start(interval(), this);
+    // A wake-up on its way may be for a longer interval than the present one.
+    if (!mWakeUp.isActive() || mDue < mWakesAt)
+        wakeUpIn(interval());
 }
 
 void LazyTimer::start(int interval)
 {
-    // A wake-up on its way for another interval might come too late for this one.
-    if (interval != this->interval()) {
-        mWakeUp.stop();
-        setInterval(interval);
-    }
+    setInterval(interval);
     start();
 }
 
@@ -37,7 +34,7 @@ void LazyTimer::timerEvent(QTimerEvent *)
     // Coarse timers run out up to 5 % early; going to sleep again for that rest would gain nothing.
     const int rest = remainingTime();
     if (rest > interval() / 20) {
-        mWakeUp.start(rest, this);
+        wakeUpIn(rest);
         return;
     }
 
@@ -49,4 +46,10 @@ void LazyTimer::timerEvent(QTimerEvent *)
     // may delete the timer.
     QTimerEvent due(timerId());
     QTimer::timerEvent(&due);
+}
+
+void LazyTimer::wakeUpIn(int milliseconds)
+{
+    mWakesAt = Clock::now() + std::chrono::milliseconds(milliseconds);
+    mWakeUp.start(milliseconds, this);
 }

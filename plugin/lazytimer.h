@@ -30,7 +30,10 @@ protected:
 private:
     using Clock = std::chrono::steady_clock;
 
+    void wakeUpIn(int milliseconds);
+
     Clock::time_point mDue;
+    Clock::time_point mWakesAt; ///< Of a wake-up on its way.
     QBasicTimer mWakeUp;
     bool mRunning = false;
 };
