@@ -3,6 +3,8 @@
 
 #include "plugin/simpleservice.h"
 
+#include <canbusmanager.h>
+
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -17,6 +19,7 @@ class ServiceProbe
 public:
     explicit ServiceProbe(SimpleService &service)
         : parseState(service.mParseState)
+        , recvPayload(service.mRecvPayload)
         , noAnswerCount(service.mNoAnswerCount)
         , checkConnect(service.mCheckConnectTmr)
         , requestConnect(service.mRequestConnectTmr)
@@ -31,6 +34,7 @@ public:
     }
 
     const int &parseState;
+    const QByteArray &recvPayload;
     const int &noAnswerCount;
     LazyTimer &checkConnect;
     QTimer &requestConnect;
@@ -47,6 +51,28 @@ public:
 
 /// A byte string from its hexadecimal form; blanks do not matter.
 inline QByteArray hex(const char *digits) { return QByteArray::fromHex(digits); }
+
+/// A float to its last bit, for comparisons that forgive nothing.
+inline QString exact(float value) { return QString::number(double(value), 'g', 9); }
+
+/// The data of a test from a table: a data row for each of its rows, by the name it begins with.
+template <typename Row, std::size_t count>
+void addRows(const Row (&table)[count])
+{
+    QTest::addColumn<int>("row");
+    for (std::size_t row = 0; row < count; ++row)
+        QTest::newRow(table[row].name) << int(row);
+}
+
+/// The table's row that belongs to the present data row.
+template <typename Row, std::size_t count>
+const Row &currentRow(const Row (&table)[count])
+{
+    QFETCH(int, row);
+    return table[row];
+}
+
+inline void selectCar(int model) { CanBusManager::instance()->setCarModelId(model); }
 
 /// One service, and everything that it writes and signals, in order.
 ///
@@ -96,6 +122,16 @@ public:
     /// Runs a slot of a timer.
     void timeout(const char *slot) { QMetaObject::invokeMethod(&service, slot); }
 
+    /// Hands over a good frame's payload. \returns what that signalled, but for the link code that
+    /// comes with every frame.
+    QString dispatch(int dataType, QByteArray payload)
+    {
+        take();
+        service.dispatchEvent(dataType, payload);
+        journal.removeAll(QStringLiteral("notifyCanbusStatus 3"));
+        return taken();
+    }
+
     /// The journal since the last call.
     QStringList take()
     {
@@ -103,6 +139,9 @@ public:
         taken.swap(journal);
         return taken;
     }
+
+    /// The same in one line.
+    QString taken() { return take().join(QStringLiteral(", ")); }
 
     canservice::SimpleService service;
     canservice::ServiceProbe probe{service};
