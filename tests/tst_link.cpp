@@ -1,0 +1,184 @@
+// The supervision of the link: timers, commands and link codes. Time-outs are run by hand.
+#include "serviceprobe.h"
+
+namespace {
+
+const QString kStart = "2e8101017c !";
+const QString kStop = "2e8101007d !";
+const QString kAskVersion = "2e900230003d !";
+const QString kCarSelect = "2e91013439"; // of index 0x1234, by its low byte
+const QString kAlive = "notifyCanbusStatus 3";
+const QString kLost = "notifyCanbusStatus 0";
+const QString kReceipt = "ff !";
+
+const QByteArray kVersion = hex("2e3002563146");
+const QByteArray kUnknown = hex("2e250105d4");
+const QByteArray kDamaged = hex("2e250105d5");
+
+QString running(const canservice::ServiceProbe &probe)
+{
+    QStringList names;
+    if (probe.checkConnect.isActive())
+        names << "check";
+    if (probe.requestConnect.isActive())
+        names << "knock";
+    if (probe.send.isActive())
+        names << "watchdog";
+    if (probe.cartype.isActive())
+        names << "car type";
+    if (probe.longPress.isActive() || probe.parseOut.isActive())
+        names << "others";
+    return names.join(", ");
+}
+
+} // namespace
+
+class LinkTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { CanBusManager::instance()->setHwdCarModelIndex(0x1234); }
+    void timersAreWired();
+    void startKnocksUntilAFrameComes();
+    void everyStartAddsRadarPositions();
+    void everyGoodFrameKeepsTheLinkAlive();
+    void versionStartsTheCarTypeTimer();
+    void fourthTickLosesTheLink();
+    void aFrameCancelsTheLoss();
+};
+
+void LinkTest::timersAreWired()
+{
+    QSignalSpy written(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::written);
+    ServiceTest test;
+    auto &probe = test.probe;
+    QCOMPARE(written.size(), 0);
+    QCOMPARE(running(probe), QString());
+
+    const auto check = [&test](QTimer &timer, int interval, bool singleShot,
+                               const QStringList &effect) {
+        QCOMPARE(timer.interval(), interval);
+        QCOMPARE(timer.isSingleShot(), singleShot);
+        QVERIFY(QMetaObject::invokeMethod(&timer, "timeout"));
+        QCOMPARE(test.take(), effect);
+    };
+    check(probe.checkConnect, 30000, false, {kCarSelect, kAskVersion});
+    check(probe.requestConnect, 2000, false, {kStop, kStart, kAskVersion});
+    check(probe.cartype, 1000, false, {kCarSelect});
+    check(probe.longPress, 0, true, {"keyEvent -1 2 false"}); // Each start brings its interval.
+    QCOMPARE(probe.noAnswerCount, -1);
+    check(probe.send, 300, false, {});
+    QCOMPARE(probe.noAnswerCount, 0);
+    test.receive(hex("2e"));
+    QCOMPARE(probe.parseState, 3);
+    check(probe.parseOut, 500, true, {});
+    QCOMPARE(probe.parseState, 0);
+}
+
+void LinkTest::startKnocksUntilAFrameComes()
+{
+    ServiceTest test;
+    test.service.start();
+    QCOMPARE(test.take(), QStringList({kStart, kAskVersion}));
+    QCOMPARE(running(test.probe), "knock");
+    test.timeout("onRequestConnect");
+    QCOMPARE(test.take(), QStringList({kStop, kStart, kAskVersion}));
+    QCOMPARE(running(test.probe), "knock");
+
+    test.receive(kUnknown);
+    QCOMPARE(running(test.probe), "check");
+    test.service.start(); // Arms the knock on a living link, too.
+    QCOMPARE(running(test.probe), "check, knock");
+}
+
+void LinkTest::everyStartAddsRadarPositions()
+{
+    ServiceTest test;
+    QCOMPARE(test.probe.radarData, QByteArray());
+    test.receive(hex("2e6102053c5b"));
+    const auto ambient = [&test] { return test.service.getCarSettingData().ambient; };
+    QVERIFY(ambient().level == 12 && ambient().colour == 5);
+    test.service.start();
+    QVERIFY(ambient().level == 0 && ambient().colour == 0);
+    test.service.start();
+    QCOMPARE(test.probe.radarData, QByteArray(38, '\xff'));
+}
+
+void LinkTest::everyGoodFrameKeepsTheLinkAlive()
+{
+    ServiceTest test;
+    test.receive(kUnknown + kDamaged + kUnknown); // Before any start(), too.
+    QCOMPARE(test.take(), QStringList({kReceipt, kAlive, "f0 !", kReceipt, kAlive}));
+    QCOMPARE(test.probe.noAnswerCount, 0);
+    QCOMPARE(running(test.probe), "check");
+
+    const LazyTimer &check = test.probe.checkConnect;
+    QTRY_VERIFY(check.remainingTime() < 29900);
+    const int rest = check.remainingTime();
+    test.receive(kDamaged);
+    QVERIFY(check.remainingTime() <= rest);
+    test.receive(kUnknown);
+    QVERIFY(check.remainingTime() > rest);
+}
+
+void LinkTest::versionStartsTheCarTypeTimer()
+{
+    ServiceTest test;
+    test.receive(kVersion);
+    QCOMPARE(test.take(), QStringList({kReceipt, kAlive, "sigVersionData", kAlive}));
+    QCOMPARE(running(test.probe), "check, car type");
+    const int id = test.probe.cartype.timerId();
+    test.receive(kVersion);
+    QCOMPARE(test.probe.cartype.timerId(), id); // A restart would change it.
+    QCOMPARE(test.take(), QStringList({kReceipt, kAlive, "sigVersionData", kAlive}));
+
+    // stop() leaves the supervision, which may bring the timer back.
+    test.timeout("onCheckConnectTmrout");
+    test.take();
+    test.service.stop();
+    QCOMPARE(test.take(), QStringList{kStop});
+    QCOMPARE(running(test.probe), "check, watchdog");
+    test.receive(kVersion);
+    QCOMPARE(running(test.probe), "check, car type");
+}
+
+void LinkTest::fourthTickLosesTheLink()
+{
+    ServiceTest test;
+    test.receive(kVersion);
+    test.timeout("onCheckConnectTmrout");
+    QCOMPARE(running(test.probe), "check, watchdog, car type");
+    test.take();
+    for (int tick = 1; tick <= 3; ++tick) {
+        test.timeout("onSendTmrout");
+        QCOMPARE(test.probe.noAnswerCount, tick);
+    }
+    QCOMPARE(test.take(), QStringList());
+    test.timeout("onSendTmrout");
+    QCOMPARE(test.take(), QStringList{kLost});
+    QCOMPARE(running(test.probe), "knock");
+    QCOMPARE(test.probe.noAnswerCount, 0);
+
+    test.timeout("onRequestConnect"); // Does not tell of the loss again.
+    QCOMPARE(test.take(), QStringList({kStop, kStart, kAskVersion}));
+    test.receive(kVersion);
+    QCOMPARE(running(test.probe), "check, car type");
+}
+
+void LinkTest::aFrameCancelsTheLoss()
+{
+    ServiceTest test;
+    test.receive(kUnknown);
+    for (int check = 1; check <= 2; ++check) {
+        test.timeout("onCheckConnectTmrout");
+        for (int tick = 1; tick <= 3; ++tick)
+            test.timeout("onSendTmrout");
+        test.receive(kUnknown);
+        QCOMPARE(running(test.probe), "check");
+    }
+    QVERIFY(!test.take().contains(kLost));
+}
+
+QTEST_GUILESS_MAIN(LinkTest)
+#include "tst_link.moc"
