@@ -82,18 +82,6 @@ QString jsonLine(const QJsonObject &object)
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
-QString textLine(const Event &event, const Snapshot &state)
-{
-    const bool hasArguments = event.name == kLinkSignal || event.name == QLatin1String("keyEvent");
-    const QString arguments =
-        hasArguments ? QStringLiteral("(%1)").arg(argumentText(event.arguments)) : QString();
-    const QString text = eventText(event, state);
-    const QString call = event.name + arguments;
-    return QStringLiteral("%1  %2")
-        .arg(event.seconds, 9, 'f', 3)
-        .arg(text.isEmpty() ? call : call.leftJustified(24) + text);
-}
-
 QString jsonLine(const Event &event)
 {
     QJsonArray arguments;
@@ -114,6 +102,18 @@ QString jsonLine(const Event &event)
 
 } // namespace
 
+QString eventLine(const Event &event, const Snapshot &state)
+{
+    const bool hasArguments = event.name == kLinkSignal || event.name == QLatin1String("keyEvent");
+    const QString arguments =
+        hasArguments ? QStringLiteral("(%1)").arg(argumentText(event.arguments)) : QString();
+    const QString text = eventText(event, state);
+    const QString call = event.name + arguments;
+    return QStringLiteral("%1  %2")
+        .arg(event.seconds, 9, 'f', 3)
+        .arg(text.isEmpty() ? call : call.leftJustified(24) + text);
+}
+
 void EventPrinter::write(const QString &line)
 {
     const QByteArray bytes = line.toUtf8() + '\n';
@@ -129,7 +129,7 @@ void EventPrinter::print(const Event &event, const Snapshot &state)
             return;
         mLinkCode = code;
     }
-    write(mFormat == Text ? textLine(event, state) : jsonLine(event));
+    write(mFormat == Text ? eventLine(event, state) : jsonLine(event));
 }
 
 void EventPrinter::heading(const QString &text)

@@ -5,6 +5,9 @@
 
 namespace bench {
 
+/// An event in one line: the time, its name, and what it means or what changed with it.
+QString eventLine(const Event &event, const Snapshot &state);
+
 class EventPrinter
 {
 public:

@@ -67,6 +67,7 @@ QString orNone(const QString &text) { return text.isEmpty() ? QStringLiteral("--
 QStringList facts(const Snapshot &state, const QString &key, const QStringList &cluster)
 {
     const auto get = [&state](const char *name) { return orNone(state.value(name).text()); };
+    const auto unit = [&state](const char *name) { return orNone(state.value(name).unit); };
     const bool hasBattery = state.value("battery.voltage").value.toFloat() >= 0;
     return {
         QStringLiteral("driving   %1, range %2").arg(get("drive.speed"), get("drive.range")),
@@ -75,7 +76,7 @@ QStringList facts(const Snapshot &state, const QString &key, const QStringList &
             .arg(hasBattery ? get("battery.voltage") : QStringLiteral("--")),
         QStringLiteral("ambient   colour %1, level %2")
             .arg(get("ambient.colour"), get("ambient.level")),
-        QStringLiteral("units     %1, %2").arg(get("unit.temperature"), get("unit.pressure")),
+        QStringLiteral("units     %1, %2").arg(unit("unit.temperature"), unit("unit.pressure")),
         QStringLiteral("keys      %1").arg(key),
         QStringLiteral("cluster   %1").arg(cluster.value(0)),
         QStringLiteral("          %1").arg(cluster.mid(1).join(QLatin1Char(' '))),
@@ -114,11 +115,16 @@ LiveView::LiveView(Session *session, QObject *parent)
     : QObject(parent)
     , mSession(session)
 {
+    // Messages would run across the picture; what they tell comes as an event, too.
+    mMessages =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     mDrawTmr.setSingleShot(true);
     connect(&mDrawTmr, &QTimer::timeout, this, &LiveView::draw);
     connect(&mTerminal, &Terminal::keyPressed, this, &LiveView::onKey);
     mDrawTmr.start(0);
 }
+
+LiveView::~LiveView() { qInstallMessageHandler(mMessages); }
 
 void LiveView::show(const Event &event)
 {

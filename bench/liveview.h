@@ -17,6 +17,8 @@ public:
     /// Takes the terminal over until it is destroyed.
     explicit LiveView(Session *session, QObject *parent = nullptr);
 
+    ~LiveView() override;
+
     void show(const Event &event);
 
 signals:
@@ -29,6 +31,7 @@ private:
     QVector<ScreenLine> stateLines() const;
 
     Session *const mSession;
+    QtMessageHandler mMessages;
     Terminal mTerminal;
     QTimer mDrawTmr;
     QStringList mEvents; ///< The latest last.

@@ -1,5 +1,6 @@
 #include "commandline.h"
 #include "eventprinter.h"
+#include "liveview.h"
 #include "session.h"
 #include "unixsignals.h"
 
@@ -95,6 +96,7 @@ void addOptions(CommandLine *line)
          "KEY[:MS]"},
         {"list-values", "List the values of the embedded car, what they are and may be."},
         {"json", "One JSON object a line."},
+        {"plain", "A line per event on a terminal too, instead of the live view."},
         {"log", "Show the service's own log on standard error."},
     });
 }
@@ -124,6 +126,8 @@ int runCommand(const QStringList &arguments)
     if (line.isWrong())
         return WrongUsage;
     const bool isEmbedded = !line.isSet("device");
+    if (!isEmbedded && options.device.isEmpty())
+        return line.complain("--device needs the name of a device, such as /dev/ttyUSB0");
     if (!isEmbedded && (line.isSet("set") || line.isSet("press")))
         return line.complain("--set and --press are for the embedded car, not for a --device");
 
@@ -149,9 +153,18 @@ int runCommand(const QStringList &arguments)
     QLoggingCategory::setFilterRules(line.isSet("log") ? "default.debug=true"
                                                        : "default.debug=false");
     EventPrinter printer(line.isSet("json") ? EventPrinter::Json : EventPrinter::Text);
+    std::unique_ptr<LiveView> view;
+    const bool wantsLines = line.isSet("json") || line.isSet("plain") || line.isSet("log");
+    if (Terminal::isAvailable() && !wantsLines) {
+        view = std::make_unique<LiveView>(&session);
+        QObject::connect(view.get(), &LiveView::quit, [] { QCoreApplication::exit(Done); });
+    }
     Fingers fingers(&session.car(), presses);
     QObject::connect(&session, &Session::happened, [&](const Event &event) {
-        printer.print(event, session.state());
+        if (view)
+            view->show(event);
+        else
+            printer.print(event, session.state());
         if (isEmbedded && session.linkCode() == 3)
             fingers.begin();
     });
@@ -166,6 +179,7 @@ int runCommand(const QStringList &arguments)
     session.start();
     const int code = QCoreApplication::exec();
     session.stop();
+    view.reset();
     printer.print(session.summary(), session.seconds());
     return code;
 }
