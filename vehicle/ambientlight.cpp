@@ -30,7 +30,7 @@ void SimpleService::doAmbientLight(int, QByteArray &payload)
 
     AmbientLightData &ambient = mCarSettingData.ambient;
     ambient.colour = palette.indexOf(canbox::byteAt(payload, 0) & kColourMask);
-    ambient.level = canbox::byteAt(payload, 1) / kBoxStepsPerLevel;
+    ambient.level = static_cast<quint8>(canbox::byteAt(payload, 1) / kBoxStepsPerLevel);
     LOG_DEBUG() << int(ambient.colour);
     LOG_DEBUG() << int(ambient.level);
     emit sigAmbientChanged();
