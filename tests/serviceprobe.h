@@ -55,6 +55,12 @@ inline QByteArray hex(const char *digits) { return QByteArray::fromHex(digits); 
 /// A float to its last bit, for comparisons that forgive nothing.
 inline QString exact(float value) { return QString::number(double(value), 'g', 9); }
 
+/// A row of a table: what is fed in and what comes of it, both as the test reads them.
+struct Case
+{
+    const char *name, *given, *expected;
+};
+
 /// The data of a test from a table: a data row for each of its rows, by the name it begins with.
 template <typename Row, std::size_t count>
 void addRows(const Row (&table)[count])
