@@ -1,0 +1,122 @@
+// Park-assist radar: both bumpers, both kinds of frames, the bands.
+#include "serviceprobe.h"
+
+using canservice::SimpleService;
+
+namespace {
+
+constexpr int kOneCode = 5;  // A model whose frames carry a code per sensor,
+constexpr int kTwoCodes = 1; // and one with two.
+
+// Front, then rear, from left to right; and the sides when they say anything.
+QString distances(SimpleService &s)
+{
+    const int sides[] = {s.getLeftRadarFrontDistance(),       s.getLeftRadarMiddleFrontDistance(),
+                         s.getLeftRadarMiddleRearDistance(),  s.getLeftRadarRearDistance(),
+                         s.getRightRadarFrontDistance(),      s.getRightRadarMiddleFrontDistance(),
+                         s.getRightRadarMiddleRearDistance(), s.getRightRadarRearDistance()};
+    return QString::asprintf("%d %d %d %d, %d %d %d %d", s.getFrontRadarLeftDistance(),
+                             s.getFrontRadarMiddleLeftDistance(),
+                             s.getFrontRadarMiddleRightDistance(), s.getFrontRadarRightDistance(),
+                             s.getRearRadarLeftDistance(), s.getRearRadarMiddleLeftDistance(),
+                             s.getRearRadarMiddleRightDistance(), s.getRearRadarRightDistance()) +
+           (std::count(std::begin(sides), std::end(sides), 255) == 8 ? "" : ", sides");
+}
+
+const QString kNothing("255 255 255 255");
+
+// A model and a payload; what the bumper tells for it as a rear frame, and as a front frame. In the
+// rows of the pairs one byte is the nearest, beside a partner that must not show.
+const Case kPayloads[] = {
+    {"a code per sensor", "5 010207081a1f2000", "1 2 2 3, 1 2 2 3"},
+    {"codes that nobody reads", "5 0000000001010101", "255 255 255 255, 255 255 255 255"},
+    {"nothing beats an obstacle", "1 010207081a1f2000", "7 1 2 255, 7 1 2 255"},
+    {"codes are unsigned", "1 8019ff01fe80031f", "255 5 1 2, 2 5 1 7"},
+    {"pair of byte 0", "1 01191f1f1f1f1f1f", "7 1 7 7, 7 1 7 7"},
+    {"pair of byte 1", "1 19011f1f1f1f1f1f", "7 1 7 7, 7 1 7 7"},
+    {"pair of byte 2", "1 1f1f01191f1f1f1f", "7 7 1 7, 7 7 1 7"},
+    {"pair of byte 3", "1 1f1f19011f1f1f1f", "7 7 1 7, 7 7 1 7"},
+    {"pair of byte 4", "1 1f1f1f1f011f1f1f", "1 7 7 7, 7 7 7 1"},
+    {"pair of byte 5", "1 1f1f1f1f1f011f1f", "1 7 7 7, 1 7 7 7"},
+    {"pair of byte 6", "1 1f1f1f1f1f1f011f", "7 7 7 1, 1 7 7 7"},
+    {"pair of byte 7", "1 1f1f1f1f1f1f1f01", "7 7 7 1, 7 7 7 1"},
+};
+
+} // namespace
+
+class RadarTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void frames_data() { addRows(kPayloads); }
+    void frames()
+    {
+        const auto &row = currentRow(kPayloads);
+        const QByteArrayList given = QByteArray(row.given).split(' ');
+        const QByteArray payload = QByteArray::fromHex(given.at(1));
+        const QString rear = QString(row.expected).section(", ", 0, 0);
+        const QString front = QString(row.expected).section(", ", 1);
+        selectCar(given.at(0).toInt());
+        for (const bool started : {false, true}) {
+            ServiceTest test;
+            if (started)
+                test.service.start();
+            QCOMPARE(distances(test.service), kNothing + ", " + kNothing);
+            const QString signalled = rear == kNothing ? "" : "sigRadarChanged";
+            QCOMPARE(test.dispatch(0x22, payload), signalled);
+            QCOMPARE(distances(test.service), kNothing + ", " + rear);
+            QCOMPARE(test.dispatch(0x23, payload), signalled);
+            QCOMPARE(distances(test.service), front + ", " + rear);
+        }
+    }
+
+    void bands()
+    {
+        const QMap<int, int> firstCodes{{0, 255}, {1, 1},  {2, 2},  {8, 3},
+                                        {14, 4},  {20, 5}, {26, 7}, {32, 255}};
+        selectCar(kOneCode);
+        ServiceTest test;
+        int expected = 0;
+        for (int code = 0; code < 256; ++code) {
+            expected = firstCodes.value(code, expected);
+            const QByteArray payload = QByteArray(4, static_cast<char>(code)) + hex("01010101");
+            test.dispatch(0x22, payload);
+            test.dispatch(0x23, payload);
+            const QString four = QString("%1 %1 %1 %1").arg(expected);
+            QCOMPARE(distances(test.service), four + ", " + four);
+        }
+    }
+
+    void signalsChangesOnly()
+    {
+        const QString changed = "sigRadarChanged";
+        selectCar(kOneCode);
+        ServiceTest test;
+        QCOMPARE(test.dispatch(0x22, hex("0202020200000000")), changed);
+        QCOMPARE(test.dispatch(0x22, hex("0202020200000000")), "");
+        QCOMPARE(test.dispatch(0x22, hex("0203070205060708")), ""); // Other codes, same bands.
+        QCOMPARE(test.dispatch(0x22, hex("0202020800000000")), changed);
+        QCOMPARE(test.dispatch(0x23, hex("0000000000000000")), "");
+        QCOMPARE(test.dispatch(0x23, hex("1a1b1c1d00000000")), changed);
+        selectCar(kTwoCodes); // The same bytes mean something else to another model.
+        QCOMPARE(test.dispatch(0x23, hex("1a1b1c1d00000000")), changed);
+        QCOMPARE(distances(test.service), "255 7 7 255, 2 2 2 3");
+    }
+
+    void levelsSurviveRestarts()
+    {
+        selectCar(kOneCode);
+        ServiceTest test;
+        test.dispatch(0x22, hex("0102080e00000000"));
+        QCOMPARE(test.probe.radarData.toHex(), "ffffffff00010203ffffffffffffffffffffff");
+        test.service.start();
+        test.service.stop();
+        test.service.start();
+        QCOMPARE(distances(test.service), "255 255 255 255, 1 2 3 4");
+        QCOMPARE(test.dispatch(0x22, hex("0102080e00000000")), "");
+    }
+};
+
+QTEST_GUILESS_MAIN(RadarTest)
+#include "tst_radar.moc"
