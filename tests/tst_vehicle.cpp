@@ -1,0 +1,218 @@
+// Driving data, tyres, battery and doors, and the getters over them.
+#include "serviceprobe.h"
+
+#include <translator.h>
+
+using canservice::SimpleService;
+
+// The host's texts, in a language that the test chooses: these stand before the host library's.
+static char sLanguage = '#';
+QString Translator::translate(int id) { return sLanguage + QString::number(id); }
+
+namespace {
+
+// Odometer, range, consumption, speed; and the rest, which no frame sets.
+QString drivingData(SimpleService &service)
+{
+    DrivingData data;
+    data.reserved2 = "of the caller";
+    service.getDrivingData(data);
+    return QStringList{data.odometer, data.range, data.consumption, data.speed}.join(' ') +
+           data.reserved2 +
+           QStringList(std::begin(data.reserved5), std::end(data.reserved5)).join("");
+}
+
+// Pressures and states from front left to rear right, and the type of the alert.
+QString tires(SimpleService &s)
+{
+    const QStringList pressures{
+        exact(s.getTirePressureValueFL()), exact(s.getTirePressureValueFR()),
+        exact(s.getTirePressureValueRL()), exact(s.getTirePressureValueRR())};
+    return pressures.join(' ') + QString::asprintf(", %d%d%d%d %d", s.getTireStatusFL(),
+                                                   s.getTireStatusFR(), s.getTireStatusRL(),
+                                                   s.getTireStatusRR(), s.getTireAlertType());
+}
+
+// Each row follows a frame of zeros and differs from it in the bytes at the offset.
+const char kDriving[] = "drivingDataChanged";
+const char kTires[] = "tireDataChanged";
+const char kAlert[] = "tireAlert";
+const char kZero[] = "0#997 0#997 0.1#1002 ";
+const char kFlat[] = "0 0 0 0, 0000 0";
+const struct
+{
+    const char *name;
+    int offset;
+    const char *bytes, *driving, *tires, *signalled;
+} kInfo1[] = {
+    {"the same again", 0, "00", kZero, kFlat, ""},
+    {"bytes that nobody reads", 6, "ff00000000ffffffff0000ff", kZero, kFlat, ""},
+    {"odometer, big-endian", 0, "010203", "66051#997 0#997 0.1#1002 ", kFlat, kDriving},
+    {"odometer has no limit", 0, "ffffff", "16777215#997 0#997 0.1#1002 ", kFlat, kDriving},
+    {"last range", 3, "03e7", "0#997 999#997 0.1#1002 ", kFlat, kDriving},
+    {"range out of range", 3, "03e8", "0#997 -- 0.1#1002 ", kFlat, kDriving},
+    {"range is unsigned", 3, "ffff", "0#997 -- 0.1#1002 ", kFlat, kDriving},
+    {"consumption", 5, "3e", "0#997 0#997 12.5#1002 ", kFlat, kDriving},
+    {"last consumption", 5, "95", "0#997 0#997 29.9#1002 ", kFlat, kDriving},
+    {"consumption out of range", 5, "96", "0#997 0#997 -- ", kFlat, kDriving},
+    {"a pressure alone", 7, "fe", kZero, "698.5 0 0 0, 0000 0", kTires},
+    {"pressures, one unknown", 7, "01ff5580", kZero, "2.75 -1 233.75 352, 0000 0", kTires},
+    {"front left state", 15, "10", kZero, "0 0 0 0, 2000 1", kAlert},
+    {"front right state", 15, "02", kZero, "0 0 0 0, 0100 1", kAlert},
+    {"rear left state", 16, "70", kZero, "0 0 0 0, 0010 1", kAlert},
+    {"rear right state", 16, "01", kZero, "0 0 0 0, 0002 1", kAlert},
+    {"state codes 3 to 6 are no alert", 15, "3456", kZero, kFlat, ""},
+    {"nor are 8 to 11", 15, "89ab", kZero, kFlat, ""},
+    {"nor are 12 to 15", 15, "cdef", kZero, kFlat, ""},
+};
+
+// Each row follows speed 0 and battery code 240.
+const Case kInfo2[] = {
+    {"the same again", "00000000f0", "0#992, 17.8999996, "},
+    {"bytes that nobody reads", "00fffffff0", "0#992, 17.8999996, "},
+    {"last speed", "fe000000f0", "254#992, 17.8999996, drivingDataChanged"},
+    {"speed unknown", "ff000000f0", "--, 17.8999996, drivingDataChanged"},
+    {"both", "8000000000", "128#992, 3, drivingDataChanged, batteryVoltageChange"},
+    {"first step", "0000000001", "0#992, 3.06225157, batteryVoltageChange"},
+    {"code 100", "0000000064", "0#992, 9.22516537, batteryVoltageChange"},
+    {"code 238", "00000000ee", "0#992, 17.8158951, batteryVoltageChange"},
+    {"last step", "00000000ef", "0#992, 17.8781471, batteryVoltageChange"},
+    {"highest code", "00000000ff", "0#992, 17.8999996, "},
+};
+
+// Each row follows a frame with left front and rear open.
+const Case kDoors[] = {
+    {"right front", "80000000000000", "right front, doorChanged"},
+    {"left front", "40000000000000", "left front, doorChanged"},
+    {"right rear", "20000000000000", "right rear, doorChanged"},
+    {"left rear", "10000000000000", "left rear, doorChanged"},
+    {"rear", "08ffffffffffff", "rear, doorChanged"},
+    {"three", "c8000000000000", "right front, left front, rear, doorChanged"},
+    {"none", "07000000000000", "doorChanged"},
+    {"the same again", "48000000000000", "left front, rear, "},
+    {"bits that nobody reads", "4fffffffffffff", "left front, rear, "},
+};
+
+const char kThreeTexts[] = "drivingDataChanged, drivingDataChanged, drivingDataChanged";
+
+} // namespace
+
+class VehicleTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { sLanguage = '#'; }
+
+    void startsWithoutReadings()
+    {
+        ServiceTest test;
+        SimpleService &s = test.service;
+        s.start();
+        QCOMPARE(drivingData(s), "   ");
+        QCOMPARE(tires(s), "-1 -1 -1 -1, 0000 -1");
+        QCOMPARE(exact(s.getBatteryVoltageValue()), "-1");
+        QCOMPARE(s.getBatteryVoltageAlertType(), 0);
+        QCOMPARE(s.getRotate() + s.getCoolantTemp(), -2);
+        QCOMPARE(s.getCoolantTempUnit() + s.getTireUnit() + s.getBatteryVoltageUnit(),
+                 "#990#1006#339");
+
+        // The records that no frame feeds overwrite the caller's; the map is left to the caller.
+        FuelConsumptionData fuel;
+        OtherInfoData other;
+        fuel.reserved[5] = other.reserved[8] = "of the caller";
+        other.flag = false;
+        QMap<QString, QString> map{{"of", "the caller"}};
+        QCOMPARE(s.getFuelConsumptionData(fuel) + s.getOtherInfoData(other), 0);
+        QCOMPARE(s.getVehicleData(map), 0);
+        QVERIFY(fuel.reserved[5].isNull() && other.reserved[8].isNull() && other.flag);
+        QCOMPARE(map.size(), 1);
+    }
+
+    void info1_data() { addRows(kInfo1); }
+    void info1()
+    {
+        const auto &row = currentRow(kInfo1);
+        ServiceTest test;
+        QByteArray payload(18, '\0');
+        QCOMPARE(test.dispatch(0x63, payload), QString(kThreeTexts) + ", tireDataChanged");
+        QCOMPARE(tires(test.service), kFlat); // No alert, but its type is known by now.
+        const QByteArray bytes = hex(row.bytes);
+        QCOMPARE(test.dispatch(0x63, payload.replace(row.offset, bytes.size(), bytes)),
+                 row.signalled);
+        QCOMPARE(drivingData(test.service), row.driving);
+        QCOMPARE(tires(test.service), row.tires);
+    }
+
+    // A slot that reads the state finds what the signal tells of, and nothing of what comes later.
+    void signalsFollowTheirValues()
+    {
+        ServiceTest test;
+        test.dispatch(0x63, QByteArray(18, '\0'));
+        QStringList seen;
+        const auto note = [&](void (CanServiceBase::*signal)(), QString (*state)(SimpleService &)) {
+            connect(&test.service, signal, [&, state] { seen << state(test.service); });
+        };
+        note(&CanServiceBase::drivingDataChanged, drivingData);
+        note(&CanServiceBase::tireDataChanged, tires);
+        note(&CanServiceBase::tireAlert, tires);
+        QCOMPARE(test.dispatch(0x63, hex("000001000203000102030400000000177200")),
+                 QString(kThreeTexts) + ", tireDataChanged, tireAlert");
+        const QStringList expected{"1#997 0#997 0.1#1002 ", "1#997 2#997 0.1#1002 ",
+                                   "1#997 2#997 0.7#1002 ", "2.75 5.5 8.25 11, 0000 0",
+                                   "2.75 5.5 8.25 11, 2111 1"};
+        QCOMPARE(seen, expected);
+
+        // One warning less is an alert; so is the end of the last, which clears the type.
+        QCOMPARE(test.dispatch(0x63, hex("000001000203000102030400000000100000")), kAlert);
+        QCOMPARE(seen.last(), "2.75 5.5 8.25 11, 2000 1");
+        QCOMPARE(test.dispatch(0x63, hex("000001000203000102030400000000330000")), kAlert);
+        QCOMPARE(seen.last(), "2.75 5.5 8.25 11, 0000 0");
+    }
+
+    void asksForUnitTextsAtEveryFrame()
+    {
+        ServiceTest test;
+        test.dispatch(0x63, QByteArray(18, '\0'));
+        test.dispatch(0x69, QByteArray(5, '\0'));
+        sLanguage = '?';
+        QCOMPARE(test.dispatch(0x63, QByteArray(18, '\0')), kThreeTexts);
+        QCOMPARE(test.dispatch(0x69, QByteArray(5, '\0')), kDriving);
+        QCOMPARE(drivingData(test.service), "0?997 0?997 0.1?1002 0?992");
+    }
+
+    void info2_data() { addRows(kInfo2); }
+    void info2()
+    {
+        const auto &row = currentRow(kInfo2);
+        ServiceTest test;
+        QCOMPARE(test.dispatch(0x69, hex("00000000f0")),
+                 "drivingDataChanged, batteryVoltageChange");
+        const QString signalled = test.dispatch(0x69, hex(row.given));
+        QCOMPARE(drivingData(test.service).trimmed() + ", " +
+                     exact(test.service.getBatteryVoltageValue()) + ", " + signalled,
+                 row.expected);
+    }
+
+    void doors_data() { addRows(kDoors); }
+    void doors()
+    {
+        const auto &row = currentRow(kDoors);
+        ServiceTest test;
+        SimpleService &s = test.service;
+        QCOMPARE(test.dispatch(0x24, hex("07ffffffffffff")), ""); // All closed, as before.
+        QCOMPARE(test.dispatch(0x24, hex("48000000000000")), "doorChanged");
+        const QString signalled = test.dispatch(0x24, hex(row.given));
+        QCOMPARE(QString(s.isRightFrontDoorOpen() ? "right front, " : "") +
+                     (s.isLeftFrontDoorOpen() ? "left front, " : "") +
+                     (s.isRightRearDoorOpen() ? "right rear, " : "") +
+                     (s.isLeftRearDoorOpen() ? "left rear, " : "") +
+                     (s.isRearDoorOpen() ? "rear, " : "") + (s.isFrontDoorOpen() ? "front" : "") +
+                     signalled,
+                 row.expected);
+        QCOMPARE(s.getDoorStatus(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(VehicleTest)
+#include "tst_vehicle.moc"
