@@ -1,0 +1,136 @@
+// Ambient light: the box's report, and the host's keys that start from it.
+#include "serviceprobe.h"
+
+namespace {
+
+// "colour level"
+QString ambientOf(ServiceTest &test)
+{
+    const AmbientLightData ambient = test.service.getCarSettingData().ambient;
+    return QString::asprintf("%d %d", ambient.colour, ambient.level);
+}
+
+// The host's index of each box code; and the frame of each index, at level 12.
+struct Palette
+{
+    int indexOfCode[8];
+    const char *frameOfIndex[8];
+};
+const Palette kOwn{{7, 6, 1, 5, 3, 0, 2, 4},
+                   {"2ec502053cf7 !", "2ec502023cfa !", "2ec502063cf6 !", "2ec502043cf8 !",
+                    "2ec502073cf5 !", "2ec502033cf9 !", "2ec502013cfb !", "2ec502003cfc !"}};
+const Palette kCommon{{7, 1, 3, 2, 4, 5, 0, 6},
+                      {"2ec502063cf6 !", "2ec502013cfb !", "2ec502033cf9 !", "2ec502023cfa !",
+                       "2ec502043cf8 !", "2ec502053cf7 !", "2ec502073cf5 !", "2ec502003cfc !"}};
+
+// A report, the key that follows it and the key's value; the frame.
+const Case kKeys[] = {
+    {"up from the lowest", "0600 4 1", "2ec50206052d !"},
+    {"up to the highest", "065f 4 1", "2ec5020664ce !"},
+    {"not above the highest", "0664 4 1", ""},
+    {"not up from beyond", "06ff 4 1", ""},
+    {"down to the lowest", "0605 4 -1", "2ec502060032 !"},
+    {"not below the lowest", "0604 4 -1", ""},
+    {"down from beyond", "06ff 4 -1", "2ec50206fa38 !"},
+    {"no step", "0632 4 0", ""},
+    {"two steps up", "0632 4 2", ""},
+    {"two steps down", "0632 4 -2", ""},
+    {"a colour keeps a level beyond", "02ff 5 0", "2ec50206ff33 !"},
+    {"key 0", "0632 0 1", ""},
+    {"key 6", "0632 6 1", ""},
+    {"key -1", "0632 -1 1", ""},
+    {"key 260 is not key 4", "0632 260 1", ""},
+};
+
+} // namespace
+
+class AmbientTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void palettes_data()
+    {
+        QTest::addColumn<int>("model");
+        for (const int model : {-1, 0, 5, 96, 97, 98, 99, 100, 101, 102, 103, 225, 65633})
+            QTest::addRow("model %d", model) << model;
+    }
+    void palettes()
+    {
+        QFETCH(int, model);
+        const Palette &palette = model >= 97 && model <= 102 ? kOwn : kCommon;
+        selectCar(model);
+        ServiceTest test;
+        for (int byte = 0; byte < 256; ++byte) {
+            const QByteArray payload = QByteArray(1, static_cast<char>(byte)) + '\x3e';
+            QCOMPARE(test.dispatch(0x61, payload), "sigAmbientChanged");
+            const int code = byte & 0x7F; // Bit 7 does not matter.
+            const int index = code < 8 ? palette.indexOfCode[code] : 0;
+            QCOMPARE(ambientOf(test), QString::asprintf("%d 12", index));
+        }
+        for (int index = 0; index < 8; ++index) {
+            QCOMPARE(test.service.sendCarSettingKey(5, index), 0);
+            QCOMPARE(test.taken(), palette.frameOfIndex[index]);
+        }
+        for (const int index : {8, -1, 255, 256, 263, INT_MIN, INT_MAX}) {
+            QCOMPARE(test.service.sendCarSettingKey(5, index), 0);
+            QCOMPARE(test.taken(), "2ec502003cfc !");
+        }
+    }
+
+    void keys_data() { addRows(kKeys); }
+    void keys()
+    {
+        const auto &row = currentRow(kKeys);
+        const QByteArrayList given = QByteArray(row.given).split(' ');
+        const int key = given.at(1).toInt();
+        const int value = given.at(2).toInt();
+        selectCar(40);
+        ServiceTest test;
+        test.dispatch(0x61, QByteArray::fromHex(given.at(0)));
+        const QString before = ambientOf(test);
+        for (int press = 0; press < 2; ++press) { // Both start from the report.
+            const LogCapture log;
+            QCOMPARE(test.service.sendCarSettingKey(key, value), 0);
+            QCOMPARE(test.taken(), row.expected);
+            QCOMPARE(ambientOf(test), before);
+            QCOMPARE(log.items().first(), QString::asprintf("ggggggggggg %d %d", key, value));
+        }
+    }
+
+    void levels()
+    {
+        selectCar(5);
+        ServiceTest test;
+        for (const int level : {4, 4, 99, 255}) {
+            const QByteArray payload = hex("02") + static_cast<char>(level);
+            QCOMPARE(test.dispatch(0x61, payload), "sigAmbientChanged");
+            QCOMPARE(ambientOf(test), level == 4 ? "3 0" : level == 99 ? "3 19" : "3 51");
+        }
+        test.service.start();
+        QCOMPARE(ambientOf(test), "0 0");
+    }
+
+    // The record's defaults are 255: the level is sent in 8 bits, the colour is in no palette.
+    void beforeAnyReport()
+    {
+        selectCar(100);
+        ServiceTest test;
+        QCOMPARE(ambientOf(test), "255 255");
+        test.service.sendCarSettingKey(4, 1);
+        test.service.sendCarSettingKey(4, -1);
+        test.service.sendCarSettingKey(5, 7);
+        QCOMPARE(test.taken(), "2ec50200f642 !, 2ec50200fb3d !");
+        test.service.start();
+        test.take();
+        test.service.sendCarSettingKey(4, 1);
+        QCOMPARE(test.taken(), "2ec50205052e !");
+
+        const CarSettingData data = test.service.getCarSettingData();
+        QCOMPARE(data.evr.reserved0, "16777215");
+        QCOMPARE(data.ambient.reserved0 + data.ambient.reserved3[1] + data.evr.reserved3, 3);
+    }
+};
+
+QTEST_GUILESS_MAIN(AmbientTest)
+#include "tst_ambient.moc"
