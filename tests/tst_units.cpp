@@ -1,0 +1,86 @@
+// Display units: the box's report, and the host's toggles.
+#include "serviceprobe.h"
+
+namespace {
+
+// Value and text of the two settings; and the other entries when they are not what they began as.
+QString unitsOf(ServiceTest &test)
+{
+    UnitData data;
+    data.values = {9};
+    if (test.service.getUnitData(data) != 0 || data.texts.size() != 6 || data.values.size() != 6)
+        return "broken";
+    QString text = QString::number(data.values[3]) + data.texts[3] + ' ' +
+                   QString::number(data.values[5]) + data.texts[5];
+    for (const int index : {0, 1, 2, 4})
+        if (data.values[index] != 0 || data.texts[index] != "" || data.texts[index].isNull())
+            text += " others";
+    return data.reserved == QList<int>{0, 0, 0, 0, 0, 0} ? text : text + " first list";
+}
+
+// Each row follows reports of Fahrenheit and kPa.
+const Case kReports[] = {
+    {"Celsius", "7200", "0\u00B0C 1kPa"},
+    {"Fahrenheit", "7201", "1\u00B0F 1kPa"},
+    {"temperature has two values", "7202", "1\u00B0F 1kPa"},
+    {"values are unsigned", "72ff", "1\u00B0F 1kPa"},
+    {"psi", "7000", "1\u00B0F 0psi"},
+    {"bar", "7002", "1\u00B0F 2bar"},
+    {"pressure has three values", "7003", "1\u00B0F 1kPa"},
+    {"unknown setting", "7100", "1\u00B0F 1kPa"},
+    {"codes are unsigned", "f000", "1\u00B0F 1kPa"},
+};
+
+} // namespace
+
+class UnitsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void reports_data() { addRows(kReports); }
+    void reports()
+    {
+        const auto &row = currentRow(kReports);
+        ServiceTest test;
+        QCOMPARE(unitsOf(test), "0 0");
+        for (const char *payload : {"7201", "7001", row.given, row.given})
+            QCOMPARE(test.dispatch(0x28, hex(payload)), "unitDataChanged");
+        test.service.start(); // Restarts leave the units alone.
+        test.service.stop();
+        QCOMPARE(unitsOf(test), row.expected);
+    }
+
+    // The value steps at once; text and signal wait for the box's report.
+    void toggles()
+    {
+        ServiceTest test;
+        test.dispatch(0x28, hex("7200"));
+        test.dispatch(0x28, hex("7000"));
+        const struct
+        {
+            int command;
+            QString sent, units;
+        } steps[] = {
+            {3, "2ec9027201c1 !", "1\u00B0C 0psi"},
+            {3, "2ec9027200c2 !", "0\u00B0C 0psi"},
+            {5, "2ec9027001c3 !", "0\u00B0C 1psi"},
+            {5, "2ec9027002c2 !", "0\u00B0C 2psi"},
+            {5, "2ec9027000c4 !", "0\u00B0C 0psi"},
+            {4, "", "0\u00B0C 0psi"},
+            {-1, "", "0\u00B0C 0psi"},
+            {INT_MAX, "", "0\u00B0C 0psi"},
+            {5, "2ec9027001c3 !", "0\u00B0C 1psi"},
+        };
+        for (const auto &step : steps) {
+            test.service.setUnitCmd(step.command);
+            QCOMPARE(test.taken(), step.sent);
+            QCOMPARE(unitsOf(test), step.units);
+        }
+        QCOMPARE(test.dispatch(0x28, hex("7001")), "unitDataChanged");
+        QCOMPARE(unitsOf(test), "0\u00B0C 1kPa");
+    }
+};
+
+QTEST_GUILESS_MAIN(UnitsTest)
+#include "tst_units.moc"
