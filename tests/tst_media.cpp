@@ -1,0 +1,138 @@
+// What the head unit tells the car: the playing source and the clock.
+#include "serviceprobe.h"
+
+namespace {
+
+const char kEmptyPair[] = "2ec105010000000038, 2ec105020000000037";
+
+// Type, source and information, with strokes between; the frames.
+const Case kSources[] = {
+    {"FM1", "0|FM1|87.50MHz", "2ec00501002e2200e9 !"},
+    {"FM2 without a frequency", "0|FM2", "2ec005010100000038 !"},
+    {"FM3 with further entries", "0|FM3|108.00MHz|a|b", "2ec0050102302a00dd !"},
+    {"AM1", "0|AM1|1008KHz", "2ec0050110f0030036 !"},
+    {"AM2", "0|AM2|531KHz", "2ec005011013020014 !"},
+    {"a product in single precision", "0|FM1|87.60MHz", "2ec0050100382200df !"},
+    {"a product that is cut", "0|FM1|65.20MHz", "2ec0050100771900a9 !"},
+    {"text shorter than the unit", "0|FM1|87", "2ec0050100fc21001c !"},
+    {"a unit alone", "0|FM1|MHz", "2ec005010000000039 !"},
+    {"no text", "0|FM1|", "2ec005010000000039 !"},
+    {"text that is no number", "0|FM1|loudMHz", "2ec005010000000039 !"},
+    {"decimal comma", "0|FM1|87,50MHz", "2ec005010000000039 !"},
+    {"not a number", "0|FM1|nanMHz", "2ec005010000000039 !"},
+    {"infinite", "0|FM1|-infMHz", "2ec005010000000039 !"},
+    {"beyond an int", "0|FM1|1e30MHz", "2ec005010000000039 !"},
+    {"negative", "0|FM1|-5MHz", "2ec00501000cfe002f !"},
+    {"beyond 16 bits", "0|FM3|1966.07MHz", "2ec0050102ffff0039 !"},
+    {"lower case", "0|fm1|87.50MHz", ""},
+    {"unknown name", "0|FM4|87.50MHz", ""},
+    {"no name", "0||87.50MHz", ""},
+    {"type -1", "-1|FM1|87.50MHz|x|y", ""},
+    {"type 1", "1|FM1|87.50MHz|x|y", ""},
+    {"type 6", "6|FM1|87.50MHz|x|y", ""},
+    {"a fixed code", "5|FM1|AB|x|y", "2ec0010737 !"},
+    {"text", "3||AB|x|y", "2ec109010000000000410042b1, 2ec10702000000000078bd"},
+    {"text of the other type", "4||\U0001F3B5|\u20AC|",
+     "2ec1090100000000d83cdfb58c, 2ec107020000000020ac69"},
+    {"empty lines", "4||||y", kEmptyPair},
+    {"no entries", "3|", kEmptyPair},
+    {"one entry", "3||AB", kEmptyPair},
+    {"two entries", "4||AB|x", kEmptyPair},
+    {"four entries", "4||AB|x|y|z", kEmptyPair},
+};
+
+// Texts of a number of A and a tail. What is sent of them: the length byte, and the last unit with
+// the checksum of the first line. The musical note is the pair D83C DFB5.
+const struct
+{
+    const char *name;
+    int count;
+    QString tail;
+    const char *length, *end;
+} kLongTexts[] = {
+    {"125 units fit", 125, "", "ff", "004181"},
+    {"126 units are cut", 126, "", "ff", "004181"},
+    {"400 units are cut", 400, "", "ff", "004181"},
+    {"a pair before the cut", 123, "\U0001F3B5", "ff", "dfb55b"},
+    {"a pair at the cut", 124, "\U0001F3B5", "fd", "0041c4"},
+    {"a pair at the cut of a longer text", 124, "\U0001F3B5 and more", "fd", "0041c4"},
+    {"a pair after the cut", 125, "\U0001F3B5", "ff", "004181"},
+    {"half a pair at the cut", 124, QString(QChar(0xD83C)) + "A", "ff", "d83cae"},
+};
+
+// The byte fields in their order, and the year; the frame.
+const Case kTimes[] = {
+    {"2025", "30 10 15 6 2025", "2e820619060f0a1e0021"},
+    {"2000", "30 10 15 6 2000", "2e820600060f0a1e003a"},
+    {"2255", "30 10 15 6 2255", "2e8206ff060f0a1e003b"},
+    {"2256 reads as 2000", "30 10 15 6 2256", "2e820600060f0a1e003a"},
+    {"1999 reads as 2255", "30 10 15 6 1999", "2e8206ff060f0a1e003b"},
+    {"bytes as they are", "1 0 128 255 2025", "2e820619ff80000100de"},
+};
+
+} // namespace
+
+class MediaTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void sources_data() { addRows(kSources); }
+    void sources()
+    {
+        const auto &row = currentRow(kSources);
+        ServiceTest test;
+        for (int repetition = 0; repetition < 2; ++repetition) {
+            const QStringList given = QString(row.given).split('|');
+            test.service.onRadioSourceInformation(given[1], given.mid(2), given[0].toInt());
+            QCOMPARE(test.taken(), row.expected);
+        }
+    }
+
+    void longTexts_data() { addRows(kLongTexts); }
+    void longTexts()
+    {
+        const auto &row = currentRow(kLongTexts);
+        const QString text = QString(row.count, 'A') + row.tail;
+        ServiceTest test;
+        test.service.onRadioSourceInformation("", {text, text, text}, 3);
+        const QStringList sent = test.take();
+        QCOMPARE(sent.size(), 2);
+        QCOMPARE(sent[0].left(18), "2ec1" + QString(row.length) + "010000000000");
+        QCOMPARE(sent[1].left(18), "2ec1" + QString(row.length) + "020000000000");
+        QCOMPARE(sent[0].size(), 2 * (QString(row.length).toInt(nullptr, 16) + 4));
+        QCOMPARE(sent[0].right(6), row.end);
+        QCOMPARE(sent[1].mid(18).chopped(2), sent[0].mid(18).chopped(2));
+    }
+
+    void sourceIsLogged()
+    {
+        ServiceTest test;
+        const LogCapture log;
+        test.service.onRadioSourceInformation("FM1", {"87.50MHz"}, 0);
+        QCOMPARE(log.items().join('\n'), "ttttttttttttttt \"FM1\" (\"87.50MHz\") 0\n"
+                                         "src type--> 0\n0 46 34\nsrc type--> 0");
+    }
+
+    void clock_data() { addRows(kTimes); }
+    void clock()
+    {
+        const auto &row = currentRow(kTimes);
+        GPSTime time{};
+        std::sscanf(row.given, "%hhu %hhu %hhu %hhu %hu", &time.field0, &time.field1, &time.field2,
+                    &time.field3, &time.year);
+        ServiceTest test;
+        const LogCapture log;
+        const GPSTimePacket packet = test.service.GPSTimeSend(time);
+        QCOMPARE(test.service.GPSTimeSend(time).reserved2, 1);
+        QCOMPARE(test.take(), QStringList({row.expected, row.expected}));
+        QCOMPARE(log.items(), QStringList({"kwr enter into!", "kwr enter into!"}));
+        QCOMPARE(QString::asprintf("%d %d %d %u %u %d %d", packet.reserved0, packet.reserved1,
+                                   packet.reserved2, packet.reserved3, packet.reserved4,
+                                   packet.reserved5, packet.reserved6),
+                 "0 0 1 0 0 1 1");
+    }
+};
+
+QTEST_GUILESS_MAIN(MediaTest)
+#include "tst_media.moc"
