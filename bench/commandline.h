@@ -19,6 +19,7 @@ struct Command
 };
 
 int runCommand(const QStringList &arguments);
+int playCommand(const QStringList &arguments);
 int tourCommand(const QStringList &arguments);
 int doctorCommand(const QStringList &arguments);
 

@@ -8,6 +8,7 @@ namespace {
 constexpr bench::Command kCommands[] = {
     {"run", "run the plug-in on the embedded box or on a device and print what happens",
      bench::runCommand},
+    {"play", "play a scenario with expectations on the embedded car", bench::playCommand},
     {"tour", "a guided run of 15 s through what the plug-in does", bench::tourCommand},
     {"doctor", "say whether a file can be loaded as the plug-in, and why not",
      bench::doctorCommand},
