@@ -20,6 +20,9 @@ struct Command
 
 int runCommand(const QStringList &arguments);
 int playCommand(const QStringList &arguments);
+int decodeCommand(const QStringList &arguments);
+int replayCommand(const QStringList &arguments);
+int exportCommand(const QStringList &arguments);
 int tourCommand(const QStringList &arguments);
 int doctorCommand(const QStringList &arguments);
 

@@ -1,0 +1,75 @@
+#include "commandline.h"
+#include "export.h"
+
+#include <unistd.h>
+
+namespace bench {
+
+namespace {
+
+struct Format
+{
+    const char *name;
+    QString (*write)(TraceReader &trace, QIODevice &out);
+    bool isText;
+};
+
+constexpr Format kFormats[] = {
+    {"candump", exportCandump, true},
+    {"pcapng", exportPcapng, false},
+};
+
+const Format *findFormat(const QString &name)
+{
+    for (const Format &format : kFormats)
+        if (name == QLatin1String(format.name))
+            return &format;
+    return nullptr;
+}
+
+} // namespace
+
+int exportCommand(const QStringList &arguments)
+{
+    CommandLine line(
+        "export", "--format candump|pcapng [-o OUT] FILE",
+        "Writes the trace FILE for other tools; - is the standard input. candump: a log of\n"
+        "CAN frames of up to 8 bytes each; the identifier tells the direction and where a\n"
+        "chunk begins (100, 101 from the box, 200, 201 to it). pcapng: a packet for each\n"
+        "chunk, with its direction, link type USER0.",
+        "canbench export --format candump trip.trace | log2asc canbox\n"
+        "canbench export --format pcapng -o trip.pcapng trip.trace");
+    line.addOptions({
+        {"format", "candump or pcapng.", "FORMAT"},
+        {{"o", "output"}, "Write to OUT instead of the standard output.", "OUT"},
+    });
+    if (const auto code = line.read(arguments, 1))
+        return *code;
+    const QString file = line.positionalArguments().value(0);
+    const QString output = line.value("output");
+    const Format *format = findFormat(line.value("format"));
+    if (file.isEmpty())
+        return line.complain("name the trace to export");
+    if (!format)
+        return line.complain("--format needs candump or pcapng");
+    if (output.isEmpty() && !format->isText && isatty(STDOUT_FILENO))
+        return line.complain("pcapng is no text for a terminal; give -o OUT");
+
+    TraceReader trace(file);
+    if (!trace.problem().isEmpty()) // Before OUT is overwritten.
+        return fail(trace.problem());
+    QFile out(output);
+    if (!(output.isEmpty() ? out.open(stdout, QIODevice::WriteOnly)
+                           : out.open(QIODevice::WriteOnly | QIODevice::Truncate)))
+        return fail(QStringLiteral("%1: %2").arg(output, out.errorString()));
+    QString problem = format->write(trace, out);
+    if (problem.isEmpty() && !out.flush())
+        problem = out.errorString();
+    if (!problem.isEmpty())
+        return fail(output.isEmpty() ? problem : QStringLiteral("%1: %2").arg(output, problem));
+    if (!trace.note().isEmpty())
+        fail(trace.note());
+    return trace.problem().isEmpty() ? int(Done) : int(fail(trace.problem()));
+}
+
+} // namespace bench

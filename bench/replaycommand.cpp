@@ -1,0 +1,171 @@
+#include "commandline.h"
+#include "datatypes.h"
+#include "eventprinter.h"
+#include "progress.h"
+#include "traceplayer.h"
+#include "unixsignals.h"
+
+#include <serialport.h>
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+
+namespace bench {
+
+namespace {
+
+constexpr int kSettleMs = 200; // For the last answers.
+
+// Reads `0x24`, `36` or `doors`. \returns whether there is such a type.
+bool readDataType(const QString &text, bool fromBox, quint8 *dataType)
+{
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber, 0);
+    if (isNumber && number >= 0 && number <= 0xFF) {
+        *dataType = static_cast<quint8>(number);
+        return true;
+    }
+    for (int type = 0; type <= 0xFF; ++type) {
+        *dataType = static_cast<quint8>(type);
+        if (text == (fromBox ? inboundName(*dataType) : outboundName(*dataType)))
+            return text != QLatin1String("unknown");
+    }
+    return false;
+}
+
+// Runs the event loop while the recording plays. \returns the exit code.
+int play(TracePlayer &player, Progress &progress)
+{
+    UnixSignals unixSignals;
+    QObject::connect(&unixSignals, &UnixSignals::caught,
+                     [](int number) { QCoreApplication::exit(SignalBase + number); });
+    QObject::connect(&player, &TracePlayer::finished,
+                     [] { QTimer::singleShot(kSettleMs, [] { QCoreApplication::exit(Done); }); });
+    QTimer tick;
+    QObject::connect(&tick, &QTimer::timeout,
+                     [&] { progress.show(player.elapsed(), player.duration()); });
+    if (progress.isVisible())
+        tick.start(200);
+    player.start();
+    const int code = QCoreApplication::exec();
+    progress.clear();
+    return code;
+}
+
+int playToPlugin(TracePlayer &player, const CommandLine &line, int carModel)
+{
+    PseudoTerminal terminal;
+    if (!terminal.isPlugged())
+        return fail(terminal.errorString());
+    SessionOptions options;
+    options.plugin = line.value("plugin");
+    options.device = terminal.path();
+    options.carModel = carModel;
+    Session session(options);
+    EventPrinter printer(line.isSet("json") ? EventPrinter::Json : EventPrinter::Text);
+    Progress progress;
+    QObject::connect(&session, &Session::happened, [&](const Event &event) {
+        progress.clear();
+        printer.print(event, session.state());
+    });
+    QObject::connect(&player, &TracePlayer::chunk, &terminal, &PseudoTerminal::write);
+    const QString problem = session.open();
+    if (!problem.isEmpty())
+        return fail(problem);
+    session.start();
+    const int code = play(player, progress);
+    session.stop();
+    printer.print(session.summary(), session.seconds());
+    if (terminal.lostBytes() > 0)
+        return fail(QStringLiteral("%1 bytes came faster than the plug-in took them and are lost; "
+                                   "use a lower --speed")
+                        .arg(terminal.lostBytes()));
+    return code;
+}
+
+int playToDevice(TracePlayer &player, const QString &device)
+{
+    canservice::SerialPort port;
+    if (!port.open(device, canbox::kBaudRate)) // It has said why.
+        return fail(QStringLiteral("nothing was replayed"));
+    FrameReader answers;
+    qint64 dropped = 0;
+    QObject::connect(&port, &canservice::SerialPort::read, &answers, &FrameReader::feed);
+    QObject::connect(&player, &TracePlayer::chunk, [&](const QByteArray &bytes) {
+        if (!port.writeData(bytes, false))
+            ++dropped;
+    });
+    Progress progress;
+    const int code = play(player, progress);
+    say(QStringLiteral("%1 chunks in %2 s; %3 good receipts, %4 bad receipts")
+            .arg(player.chunks() - dropped)
+            .arg(player.elapsed(), 0, 'f', 1)
+            .arg(answers.counts().goodReceipts)
+            .arg(answers.counts().badReceipts));
+    if (dropped > 0)
+        return fail(QStringLiteral("the device did not take %1 chunks").arg(dropped));
+    return code;
+}
+
+} // namespace
+
+int replayCommand(const QStringList &arguments)
+{
+    CommandLine line(
+        "replay", "[options] FILE",
+        "Sends what the box said in the trace FILE once more, in its own time: to the\n"
+        "plug-in, over a pseudo terminal, or to a serial device.",
+        "canbench replay trip.trace\n"
+        "canbench replay --speed 10 --from 30 --to 90 --only doors,0x21 trip.trace\n"
+        "canbench replay --device /dev/ttyUSB0 --loop 0 trip.trace");
+    line.addOptions({
+        {"speed", "Play X times as fast, 0.01 to 1000 (default 1).", "X"},
+        {"loop", "Play N times; 0 is for ever (default 1).", "N"},
+        {"from", "Begin S seconds after the first line.", "S"},
+        {"to", "End S seconds after the first line.", "S"},
+        {"only", "Play frames of these types alone: numbers or names, as 'decode' shows them.",
+         "TYPE,..."},
+        {"device", "Play to the serial device DEV instead of the plug-in.", "DEV"},
+        {"to-box", "Play what went to the box, not what came from it; needs --device."},
+        {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
+        {"model", "The car model that is selected in the head unit (default 1).", "ID"},
+        {"json", "One JSON object a line."},
+    });
+    if (const auto code = line.read(arguments, 1))
+        return *code;
+    PlayOptions options;
+    const QString file = line.positionalArguments().value(0);
+    options.speed = line.seconds("speed", 1, 0.01, 1000);
+    options.passes = line.number("loop", 1, 0, 1'000'000'000);
+    options.from = line.seconds("from", options.from, 0, options.to);
+    options.to = line.seconds("to", options.to, options.from, options.to);
+    options.fromBox = !line.isSet("to-box");
+    const int carModel = line.number("model", 1, -32768, 65535);
+    if (line.isWrong())
+        return WrongUsage;
+    for (const QString &type : line.value("only").split(',', Qt::SkipEmptyParts)) {
+        quint8 dataType = 0;
+        if (!readDataType(type.trimmed(), options.fromBox, &dataType))
+            return line.complain(QStringLiteral("there is no frame type '%1'; give numbers such as "
+                                                "0x24, or names such as doors")
+                                     .arg(type));
+        options.only.insert(dataType);
+    }
+    if (file.isEmpty())
+        return line.complain("name the trace to replay");
+    if (line.isSet("to-box") && !line.isSet("device"))
+        return line.complain("--to-box needs the --device of the box");
+
+    QLoggingCategory::setFilterRules("default.debug=false");
+    TracePlayer player(file, options);
+    const QString problem = player.prepare();
+    if (!problem.isEmpty())
+        return fail(problem);
+    const int code = line.isSet("device") ? playToDevice(player, line.value("device"))
+                                          : playToPlugin(player, line, carModel);
+    if (!player.note().isEmpty())
+        fail(player.note());
+    return code != Done || player.problem().isEmpty() ? code : int(fail(player.problem()));
+}
+
+} // namespace bench
