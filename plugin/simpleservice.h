@@ -278,7 +278,7 @@ private:
     int mRecvRemain = 0; ///< Payload bytes still expected.
     int mRecvSum = 0;    ///< Of data type, length and payload so far; the low 8 bits count.
 
-    QString mVersion;
+    QString mVersion{QLatin1String("")}; ///< Of the latest answer; empty, not null, before it.
 
     static constexpr int kClimateSize = 10;
     QByteArray mAcData; ///< The payload of the last climate frame; zeros before the first.
