@@ -39,7 +39,7 @@ void LazyTimerTest::repeatsUntilStopped()
     QElapsedTimer clock;
     clock.start();
     timer.start(40);
-    QTRY_COMPARE(timeouts.size(), 3);
+    QTRY_VERIFY(timeouts.size() >= 3);
     QVERIFY(clock.elapsed() >= 114);
     timer.stop();
     QVERIFY(!timeouts.wait(100));
