@@ -3,10 +3,11 @@
 
 #include "protocol/diagnostics.h"
 
-#include <canbusmanager.h>
 #include <configmanager.h>
 
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 int sPathsAsked = 0;
