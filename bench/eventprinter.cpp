@@ -146,6 +146,20 @@ void EventPrinter::print(const Summary &summary, double seconds)
         printJson(summary, seconds);
 }
 
+void EventPrinter::print(const QString &name, const QVector<QPair<QString, qint64>> &counts)
+{
+    QJsonObject object;
+    if (mFormat == Text)
+        write(QStringLiteral("  ") + name);
+    for (const auto &row : counts) {
+        if (mFormat == Text)
+            writeCount(2, row.first, row.second);
+        object.insert(row.first, row.second);
+    }
+    if (mFormat == Json)
+        write(jsonLine({{name, object}}));
+}
+
 void EventPrinter::printText(const Summary &summary, double seconds)
 {
     write(QStringLiteral("\nAfter %1 s").arg(seconds, 0, 'f', 1));

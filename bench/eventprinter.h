@@ -26,6 +26,8 @@ public:
     /// A heading between events; nothing in JSON.
     void heading(const QString &text);
     void print(const Summary &summary, double seconds);
+    /// Further counts under a name.
+    void print(const QString &name, const QVector<QPair<QString, qint64>> &counts);
 
 private:
     void write(const QString &line);

@@ -1,5 +1,6 @@
 #include "commandline.h"
 #include "eventprinter.h"
+#include "faultinjector.h"
 #include "liveview.h"
 #include "session.h"
 #include "unixsignals.h"
@@ -94,6 +95,11 @@ void addOptions(CommandLine *line)
          "Press a steering-wheel key of the embedded car for MS milliseconds (default "
          "200) once the link is up; may be repeated.",
          "KEY[:MS]"},
+        {"faults",
+         "Faults on the line to the embedded box: KIND[=RATE],... with RATE a probability "
+         "per frame, or 'all'. A wrong kind lists them.",
+         "KINDS"},
+        {"seed", "The same seed gives the same faults (default 1).", "N"},
         {"list-values", "List the values of the embedded car, what they are and may be."},
         {"json", "One JSON object a line."},
         {"plain", "A line per event on a terminal too, instead of the live view."},
@@ -122,14 +128,16 @@ int runCommand(const QStringList &arguments)
     options.device = line.value("device");
     options.carModel = line.number("model", 1, -32768, 65535);
     options.carIndex = line.number("hwd-index", 1, 0, 65535);
+    const int seed = line.number("seed", 1, 0, 0x7FFFFFFF);
     const double duration = line.seconds("duration", 0, 0.001, 1e6);
     if (line.isWrong())
         return WrongUsage;
     const bool isEmbedded = !line.isSet("device");
     if (!isEmbedded && options.device.isEmpty())
         return line.complain("--device needs the name of a device, such as /dev/ttyUSB0");
-    if (!isEmbedded && (line.isSet("set") || line.isSet("press")))
-        return line.complain("--set and --press are for the embedded car, not for a --device");
+    if (!isEmbedded && (line.isSet("set") || line.isSet("press") || line.isSet("faults")))
+        return line.complain(
+            "--set, --press and --faults are for the embedded box, not for a --device");
 
     UnixSignals unixSignals;
     Session session(options);
@@ -146,6 +154,13 @@ int runCommand(const QStringList &arguments)
     QList<KeyPress> presses;
     for (const QString &press : line.values("press")) {
         const QString problem = readKeyPress(press, &presses);
+        if (!problem.isEmpty())
+            return line.complain(problem);
+    }
+
+    FaultPlan faults;
+    if (line.isSet("faults")) {
+        const QString problem = faults.read(line.value("faults"));
         if (!problem.isEmpty())
             return line.complain(problem);
     }
@@ -176,11 +191,18 @@ int runCommand(const QStringList &arguments)
     const QString problem = session.open();
     if (!problem.isEmpty())
         return fail(problem);
+    std::unique_ptr<FaultInjector> injector;
+    if (line.isSet("faults")) {
+        injector = std::make_unique<FaultInjector>(&session, static_cast<quint32>(seed));
+        injector->setPlan(faults);
+    }
     session.start();
     const int code = QCoreApplication::exec();
     session.stop();
     view.reset();
     printer.print(session.summary(), session.seconds());
+    if (injector)
+        printer.print(QStringLiteral("faults"), injector->summary());
     return code;
 }
 
