@@ -30,7 +30,7 @@ SimpleService::SimpleService()
     mParseOutTmr.setSingleShot(true);
     connect(&mParseOutTmr, SIGNAL(timeout()), this, SLOT(onmParseOutTmrout()));
 
-    // Capacity that is reserved stays through resize(0), so that no frame allocates.
+    // Capacity that is reserved stays through resize(), so that no frame allocates.
     mRecvPayload.reserve(canbox::kMaxPayload);
     mDoorStatus = 0;
     mAcData.fill(0, kClimateSize);

@@ -272,7 +272,7 @@ private:
 
     const QByteArray mGoodReceipt{1, static_cast<char>(canbox::kReceiptGood)};
     const QByteArray mBadReceipt{1, static_cast<char>(canbox::kReceiptBad)};
-    QByteArray mRecvPayload;
+    QByteArray mRecvPayload; ///< Has its final size from the length byte on.
     int mParseState = Idle;
     int mRecvDataType = 0;
     int mRecvRemain = 0; ///< Payload bytes still expected.

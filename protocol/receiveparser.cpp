@@ -39,14 +39,14 @@ inline bool SimpleService::takeByte(quint8 byte)
     case AwaitLength:
         mRecvRemain = byte;
         mRecvSum += byte;
-        mRecvPayload.resize(0);
+        mRecvPayload.resize(byte);
         mParseState = Payload;
         break;
     case Payload:
         // A length of 0 leaves nothing to take: the frame stays open until the parse-out timer.
         if (mRecvRemain == 0)
             break;
-        mRecvPayload.append(static_cast<char>(byte));
+        mRecvPayload.data()[mRecvPayload.size() - mRecvRemain] = static_cast<char>(byte);
         mRecvSum += byte;
         if (--mRecvRemain == 0)
             mParseState = AwaitChecksum;
