@@ -15,11 +15,7 @@
 #include <QByteArray>
 #include <QDebug>
 #include <QLoggingCategory>
-#include <QMessageLogger>
 #include <QStringList>
-
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace diagnostics {
 
@@ -31,29 +27,19 @@ inline bool debugEnabled() { return QLoggingCategory::defaultCategory()->isDebug
 inline bool errorEnabled() { return QLoggingCategory::defaultCategory()->isCriticalEnabled(); }
 #endif
 
-/// The calling thread's id in the kernel, asked once per thread.
-inline long threadId()
-{
-    thread_local const long id = syscall(SYS_gettid);
-    return id;
-}
-
-/// Writes what every line begins with.
-inline QDebug begin(QDebug line, const char *tag, const char *signature, int number)
-{
-    line << tag << threadId() << signature << number << "--";
-    return line;
-}
+/// A line with what every line begins with; its own items follow. \p signature is of the writing
+/// function, \p number of the source line.
+QDebug debugLine(const char *signature, int number);
+QDebug errorLine(const char *signature, int number);
 
 } // namespace diagnostics
 
-#define LOG_LINE(enabled, level, tag)                                                              \
+#define LOG_LINE(enabled, newLine)                                                                 \
     for (bool on = (enabled); on; on = false)                                                      \
-    diagnostics::begin(QMessageLogger("simpleservice", __LINE__, Q_FUNC_INFO).level(), tag,        \
-                       Q_FUNC_INFO, __LINE__)
+    diagnostics::newLine(Q_FUNC_INFO, __LINE__)
 
-#define LOG_DEBUG() LOG_LINE(diagnostics::debugEnabled(), debug, "[DBG]")
-#define LOG_ERROR() LOG_LINE(diagnostics::errorEnabled(), critical, "[ERR]")
+#define LOG_DEBUG() LOG_LINE(diagnostics::debugEnabled(), debugLine)
+#define LOG_ERROR() LOG_LINE(diagnostics::errorEnabled(), errorLine)
 
 /// For a loop, which asks for the level once.
-#define LOG_DEBUG_IF(enabled) LOG_LINE(enabled, debug, "[DBG]")
+#define LOG_DEBUG_IF(enabled) LOG_LINE(enabled, debugLine)

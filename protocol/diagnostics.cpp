@@ -1,0 +1,40 @@
+// How a log line begins. Out of line: the code would stand at each of the service's many log lines.
+#include "protocol/diagnostics.h"
+
+#include <QMessageLogger>
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace diagnostics {
+
+namespace {
+
+constexpr char kFile[] = "simpleservice";
+
+// Asked of the kernel once per thread.
+long threadId()
+{
+    thread_local const long id = syscall(SYS_gettid);
+    return id;
+}
+
+QDebug begin(QDebug line, const char *tag, const char *signature, int number)
+{
+    line << tag << threadId() << signature << number << "--";
+    return line;
+}
+
+} // namespace
+
+QDebug debugLine(const char *signature, int number)
+{
+    return begin(QMessageLogger(kFile, number, signature).debug(), "[DBG]", signature, number);
+}
+
+QDebug errorLine(const char *signature, int number)
+{
+    return begin(QMessageLogger(kFile, number, signature).critical(), "[ERR]", signature, number);
+}
+
+} // namespace diagnostics
