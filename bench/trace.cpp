@@ -151,10 +151,13 @@ bool TraceReader::readText(QByteArray *text)
 
 bool TraceReader::rewind()
 {
+    if (!mFile.seek(0))
+        return false;
     mNumber = 0;
     mTime = 0;
     mBackwardSteps = 0;
-    return mFile.seek(0);
+    mProblem.clear();
+    return true;
 }
 
 QString TraceReader::note() const
