@@ -1,0 +1,146 @@
+// Whole lives of a service on a serial device: bytes through the device, time-outs, calls of the
+// host, host slots that let the next bytes in, the cable pulled and plugged in again.
+#include "comparison.h"
+
+#include "bench/pseudoterminal.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
+namespace {
+
+// Time stands still but for the time-outs that the input asks for.
+class FrozenClock : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override { return event->type() == QEvent::Timer; }
+};
+
+class Session : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Session(int carModel)
+        : both(carModel)
+    {
+        connect(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::received, this,
+                [this](const QByteArray &chunk) {
+                    mReceived += chunk;
+                    both.model.receive(chunk);
+                });
+        // After the journal's own connections.
+        const QMetaObject &signals_ = CanServiceBase::staticMetaObject;
+        const QMetaMethod slot = metaObject()->method(metaObject()->indexOfSlot("onSignal()"));
+        for (int i = signals_.methodOffset(); i < signals_.methodCount(); ++i)
+            connect(&both.test.service, signals_.method(i), this, slot);
+        both.model.afterSignal = [this] {
+            const QByteArray chunk = std::exchange(mNestedModel, QByteArray());
+            if (!chunk.isEmpty())
+                both.model.receive(chunk);
+        };
+    }
+
+    /// Bytes straight to the service or through a device, in any pieces: but they must arrive.
+    void receive(bench::PseudoTerminal *device, const QByteArray &bytes)
+    {
+        if (!device)
+            return both.receive(bytes);
+        mReceived.clear();
+        device->write(bytes);
+        const QDeadlineTimer deadline(20000);
+        while (mReceived.size() < bytes.size() && !deadline.hasExpired())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+        if (mReceived != bytes)
+            fail({QString::fromLatin1(mReceived.toHex())}, {QString::fromLatin1(bytes.toHex())});
+    }
+
+    /// The next signal of the service lets \p chunk in before it returns.
+    void nest(const QByteArray &chunk) { mNestedModel = mNestedService = chunk; }
+
+    Comparison both;
+
+private slots:
+    void onSignal()
+    {
+        const QByteArray chunk = std::exchange(mNestedService, QByteArray());
+        if (!chunk.isEmpty())
+            both.test.receive(chunk);
+    }
+
+private:
+    QByteArray mReceived, mNestedModel, mNestedService;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
+{
+    prepareProcess(false);
+    static FrozenClock clock;
+    static bench::PseudoTerminal device;
+    qApp->installEventFilter(&clock);
+
+    FuzzedDataProvider data(bytes, size);
+    // Opening a device takes as long as fifty lives without one.
+    const bool onDevice = data.ConsumeIntegralInRange(0, 15) == 15;
+    canservice::SerialPort::setDefaultDevice(onDevice ? device.path() : QString());
+
+    auto session = std::make_unique<Session>(randomCar(data));
+    QByteArray stream;
+    const auto chunk = [&] {
+        if (stream.isEmpty())
+            stream = data.ConsumeIntegralInRange(0, 7) > 0
+                         ? randomFrame(data)
+                         : QByteArray::fromStdString(data.ConsumeRandomLengthString(64));
+        const bool whole = data.ConsumeIntegralInRange(0, 3) > 0;
+        const QByteArray first =
+            stream.left(whole ? stream.size() : data.ConsumeIntegral<quint8>());
+        stream.remove(0, first.size());
+        return first;
+    };
+
+    while (data.remaining_bytes() > 0) {
+        switch (data.ConsumeIntegralInRange(0, 11)) {
+        case 0:
+        case 1:
+        case 2:
+        case 3:
+            session->receive(onDevice && device.isPlugged() ? &device : nullptr, chunk());
+            break;
+        case 4:
+        case 5:
+            session->nest(chunk());
+            break;
+        case 6:
+            session->both.call(data);
+            break;
+        case 7:
+            if (onDevice && device.isPlugged()) {
+                device.unplug();
+                // Otherwise the service meets the loss later, at a write or at its end.
+                if (data.ConsumeBool())
+                    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+            }
+            break;
+        case 8:
+            session.reset();
+            if (!device.isPlugged() && !device.plug())
+                fail({device.errorString()}, {});
+            session = std::make_unique<Session>(randomCar(data));
+            break;
+        default:
+            session->both.fire(data.PickValueInArray(
+                {ServiceModel::Check, ServiceModel::Knock, ServiceModel::Watchdog,
+                 ServiceModel::CarType, ServiceModel::LongPress, ServiceModel::ParseOut}));
+            break;
+        }
+        session->both.compare();
+    }
+    session.reset();
+    if (!device.isPlugged() && !device.plug())
+        fail({device.errorString()}, {});
+    return 0;
+}
+
+#include "fuzz_session.moc"
