@@ -2,8 +2,11 @@
 #include "eventprinter.h"
 #include "faultinjector.h"
 #include "liveview.h"
+#include "pluginfile.h"
 #include "session.h"
+#include "tracerecorder.h"
 #include "unixsignals.h"
+#include "valuewitness.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -100,11 +103,30 @@ void addOptions(CommandLine *line)
          "per frame, or 'all'. A wrong kind lists them.",
          "KINDS"},
         {"seed", "The same seed gives the same faults (default 1).", "N"},
+        {"trace", "Record what the serial line carries to the trace FILE.", "FILE"},
         {"list-values", "List the values of the embedded car, what they are and may be."},
         {"json", "One JSON object a line."},
         {"plain", "A line per event on a terminal too, instead of the live view."},
         {"log", "Show the service's own log on standard error."},
     });
+}
+
+void printVerdict(const ValueWitness &witness, const SessionOptions &options, EventPrinter &printer)
+{
+    ValueWitness::Verdict verdict;
+    QLoggingCategory::setFilterRules("default=false"); // What the service says of the past.
+    const QString plugin = options.plugin.isEmpty() ? defaultPluginFile() : options.plugin;
+    const QString problem = witness.judge(plugin, options.carModel, &verdict);
+    if (!problem.isEmpty()) {
+        fail(problem);
+        return;
+    }
+    printer.print(QStringLiteral("values"),
+                  {{QStringLiteral("shown by the host"), verdict.shown},
+                   {QStringLiteral("never sent by the box"), verdict.neverSent},
+                   {QStringLiteral("of these damaged, with a right sum"), verdict.unseenDamage}});
+    for (const QString &value : verdict.unexplained)
+        fail(QStringLiteral("%1 was shown, which no frame said").arg(value));
 }
 
 } // namespace
@@ -118,7 +140,8 @@ int runCommand(const QStringList &arguments)
         "before. Ends with a summary.",
         "canbench run --duration 5\n"
         "canbench run --set door.left_front=open --set climate.left=24 --press 5:2000\n"
-        "canbench run --device /dev/ttyUSB0 --model 22 --hwd-index 7 --json");
+        "canbench run --device /dev/ttyUSB0 --model 22 --hwd-index 7 --json\n"
+        "canbench run --faults bit-flip=0.05,unplug --seed 7 --trace faults.trace");
     addOptions(&line);
     if (const auto code = line.read(arguments))
         return *code;
@@ -140,7 +163,8 @@ int runCommand(const QStringList &arguments)
             "--set, --press and --faults are for the embedded box, not for a --device");
 
     UnixSignals unixSignals;
-    Session session(options);
+    auto theSession = std::make_unique<Session>(options);
+    Session &session = *theSession;
     if (line.isSet("list-values")) {
         listValues(session.car());
         return Done;
@@ -188,11 +212,20 @@ int runCommand(const QStringList &arguments)
     if (duration > 0)
         QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
 
+    TraceRecorder recorder;
+    if (line.isSet("trace")) {
+        const QString problem =
+            recorder.start(line.value("trace"), isEmbedded ? "canbox" : options.device);
+        if (!problem.isEmpty())
+            return fail(problem);
+    }
     const QString problem = session.open();
     if (!problem.isEmpty())
         return fail(problem);
     std::unique_ptr<FaultInjector> injector;
+    std::unique_ptr<ValueWitness> witness;
     if (line.isSet("faults")) {
+        witness = std::make_unique<ValueWitness>(&session);
         injector = std::make_unique<FaultInjector>(&session, static_cast<quint32>(seed));
         injector->setPlan(faults);
     }
@@ -201,9 +234,13 @@ int runCommand(const QStringList &arguments)
     session.stop();
     view.reset();
     printer.print(session.summary(), session.seconds());
-    if (injector)
+    if (injector) {
         printer.print(QStringLiteral("faults"), injector->summary());
-    return code;
+        injector.reset();
+        theSession.reset(); // It has the plug-in's one service.
+        printVerdict(*witness, options, printer);
+    }
+    return recorder.problem().isEmpty() ? code : int(fail(recorder.problem()));
 }
 
 } // namespace bench
