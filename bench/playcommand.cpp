@@ -1,6 +1,7 @@
 #include "commandline.h"
 #include "eventprinter.h"
 #include "scenarioplayer.h"
+#include "tracerecorder.h"
 #include "unixsignals.h"
 
 #include <QFile>
@@ -24,6 +25,8 @@ void addOptions(CommandLine *line)
          "Play waits and ramps X times as fast (default 1). The times of presses and "
          "expectations stay: the service's timers do, too.",
          "X"},
+        {"seed", "The same seed gives the same faults (default 1).", "N"},
+        {"trace", "Record the serial line to FILE.", "FILE"},
         {"check", "Only read the scenario and say what is wrong with it."},
         {"syntax", "List the forms of the steps."},
         {"json", "One JSON object a line."},
@@ -78,7 +81,14 @@ void printResult(bool json, const QString &file, bool passed, int met)
         say(QStringLiteral("\n%1 %2, expectations met: %3").arg(file, result).arg(met));
 }
 
-int play(const CommandLine &line, double speed, const QString &file, const Scenario &scenario)
+struct PlaySettings
+{
+    double speed = 1;
+    quint32 seed = 1;
+};
+
+int play(const CommandLine &line, const PlaySettings &settings, const QString &file,
+         const Scenario &scenario)
 {
     const bool json = line.isSet("json");
     UnixSignals unixSignals;
@@ -92,7 +102,7 @@ int play(const CommandLine &line, double speed, const QString &file, const Scena
     QObject::connect(&session, &Session::happened,
                      [&](const Event &event) { printer.print(event, session.state()); });
 
-    ScenarioPlayer player(&session, speed);
+    ScenarioPlayer player(&session, settings.speed, settings.seed);
     QObject::connect(&player, &ScenarioPlayer::said,
                      [&](const QString &text) { printer.heading(text); });
     int signalNumber = 0;
@@ -101,6 +111,12 @@ int play(const CommandLine &line, double speed, const QString &file, const Scena
         player.abort();
     });
 
+    TraceRecorder recorder;
+    if (line.isSet("trace")) {
+        const QString problem = recorder.start(line.value("trace"), "canbox");
+        if (!problem.isEmpty())
+            return fail(problem);
+    }
     const QString problem = session.open();
     if (!problem.isEmpty())
         return fail(problem);
@@ -110,6 +126,10 @@ int play(const CommandLine &line, double speed, const QString &file, const Scena
     const ScenarioPlayer::Result result = player.play(scenario);
     session.stop();
     printer.print(session.summary(), session.seconds());
+    if (player.faults())
+        printer.print(QStringLiteral("faults"), player.faults()->summary());
+    if (!recorder.problem().isEmpty())
+        fail(recorder.problem());
     if (result == ScenarioPlayer::Aborted)
         return SignalBase + signalNumber;
     printResult(json, file, result == ScenarioPlayer::Passed, player.expectationsMet());
@@ -139,8 +159,11 @@ int playCommand(const QStringList &arguments)
         say(scenarioSyntax().trimmed());
         return Done;
     }
-    double speed = 1;
-    if (line.isSet("speed") && !readSpeed(line.value("speed"), &speed))
+    PlaySettings settings;
+    settings.seed = static_cast<quint32>(line.number("seed", 1, 0, 0x7FFFFFFF));
+    if (line.isWrong())
+        return WrongUsage;
+    if (line.isSet("speed") && !readSpeed(line.value("speed"), &settings.speed))
         return line.complain(QStringLiteral("--speed needs a number from 0.001 to 1000, not '%1'")
                                  .arg(line.value("speed")));
     if (line.positionalArguments().isEmpty())
@@ -154,9 +177,9 @@ int playCommand(const QStringList &arguments)
     const Scenario scenario = parseScenario(text);
     if (!scenario.mistakes.isEmpty())
         return complainAbout(file, scenario.mistakes);
-    QLoggingCategory::setFilterRules(line.isSet("log") ? "default.debug=true"
-                                                       : "default.debug=false");
-    return line.isSet("check") ? Done : play(line, speed, file, scenario);
+    // On a bad line the service's errors would bury what is told about the scenario.
+    QLoggingCategory::setFilterRules(line.isSet("log") ? "default.debug=true" : "default=false");
+    return line.isSet("check") ? Done : play(line, settings, file, scenario);
 }
 
 } // namespace bench

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "carvalues.h"
+#include "faults.h"
 #include "scenarioexpectation.h"
 #include "scenarioline.h"
 
 #include <QByteArray>
+#include <QPair>
 #include <QVector>
 
 #include <functional>
@@ -74,6 +76,19 @@ struct Frame
     quint8 dataType;
     QByteArray payload;
 };
+/// One fault, with the next frame of the box.
+struct InjectFault
+{
+    Fault fault;
+};
+/// How often faults happen from now on.
+struct FaultRates
+{
+    QVector<QPair<Fault, double>> rates;
+};
+struct NoFaults
+{
+};
 struct Expect
 {
     Expectation expectation;
@@ -91,7 +106,8 @@ struct ExpectSignal
 
 using Action = std::variant<steps::Say, steps::Start, steps::Stop, steps::Wait, steps::Set,
                             steps::Ramp, steps::Press, steps::Hold, steps::Release, steps::Call,
-                            steps::Box, steps::Frame, steps::Expect, steps::ExpectSignal>;
+                            steps::Box, steps::Frame, steps::InjectFault, steps::FaultRates,
+                            steps::NoFaults, steps::Expect, steps::ExpectSignal>;
 
 struct Step
 {

@@ -29,6 +29,10 @@ const Observable kObservables[] = {
      QVariant::String},
     {"cluster.clock", [](Session &s) { return QVariant(s.car().cluster().clock); },
      QVariant::String},
+    // What the box has heard of the host.
+    {"box.bad_receipts", [](Session &s) { return QVariant(s.box().received().badReceipts); },
+     QVariant::LongLong},
+    {"box.resent", [](Session &s) { return QVariant(s.box().resent()); }, QVariant::LongLong},
 };
 
 constexpr struct

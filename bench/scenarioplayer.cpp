@@ -25,10 +25,11 @@ bool onlyLooks(const Action &action)
 
 } // namespace
 
-ScenarioPlayer::ScenarioPlayer(Session *session, double speed, QObject *parent)
+ScenarioPlayer::ScenarioPlayer(Session *session, double speed, quint32 seed, QObject *parent)
     : QObject(parent)
     , mSession(session)
     , mSpeed(speed)
+    , mSeed(seed)
 {
     connect(session, &Session::happened, this, [this](const Event &event) {
         mSignals.append({event.name, event.arguments});
@@ -152,6 +153,34 @@ bool ScenarioPlayer::act(const steps::Frame &step)
 {
     mSession->box().sendFrame(step.dataType, step.payload);
     return true;
+}
+
+bool ScenarioPlayer::act(const steps::InjectFault &step)
+{
+    injector().inject(step.fault);
+    return true;
+}
+
+bool ScenarioPlayer::act(const steps::FaultRates &step)
+{
+    FaultPlan plan = injector().plan();
+    for (const auto &row : step.rates)
+        plan.rate(row.first) = row.second;
+    injector().setPlan(plan);
+    return true;
+}
+
+bool ScenarioPlayer::act(const steps::NoFaults &)
+{
+    injector().setPlan({});
+    return true;
+}
+
+FaultInjector &ScenarioPlayer::injector()
+{
+    if (!mFaults)
+        mFaults = std::make_unique<FaultInjector>(mSession, mSeed);
+    return *mFaults;
 }
 
 int ScenarioPlayer::scaled(int milliseconds) const

@@ -1,8 +1,11 @@
 // Plays the steps of a scenario on a session with the embedded box.
 #pragma once
 
+#include "faultinjector.h"
 #include "scenario.h"
 #include "session.h"
+
+#include <memory>
 
 namespace bench {
 
@@ -16,7 +19,8 @@ public:
 
     /// \param session is open and outlives the player.
     /// \param speed divides the scenario's own times; more than 0.
-    ScenarioPlayer(Session *session, double speed, QObject *parent = nullptr);
+    /// \param seed the same seed gives the same faults.
+    ScenarioPlayer(Session *session, double speed, quint32 seed, QObject *parent = nullptr);
 
     /// Plays all steps up to the first expectation that is not met. The event loop runs meanwhile.
     Result play(const Scenario &scenario);
@@ -27,6 +31,8 @@ public:
     QString failure() const { return mFailure; }
     int line() const { return mLine; }
     int expectationsMet() const { return mMet; }
+    /// What the faults were; null for a scenario without.
+    const FaultInjector *faults() const { return mFaults.get(); }
 
 signals:
     /// A `say` step.
@@ -46,6 +52,9 @@ private:
     bool act(const steps::Call &step);
     bool act(steps::Box state);
     bool act(const steps::Frame &step);
+    bool act(const steps::InjectFault &step);
+    bool act(const steps::FaultRates &step);
+    bool act(const steps::NoFaults &);
     bool act(const steps::Expect &step);
     bool act(const steps::ExpectSignal &step);
 
@@ -55,6 +64,7 @@ private:
         QVariantList arguments;
     };
 
+    FaultInjector &injector();
     bool pause(double milliseconds);
     bool waitUntil(const std::function<bool()> &condition, int milliseconds);
     bool takeSignal(const SignalExpectation &expectation);
@@ -63,6 +73,8 @@ private:
 
     Session *const mSession;
     const double mSpeed;
+    const quint32 mSeed;
+    std::unique_ptr<FaultInjector> mFaults; ///< From the first fault step on.
     QVector<Signal> mSignals; ///< Since the last step that did something, and not expected yet.
     bool mAborted = false;
     int mLine = 0;

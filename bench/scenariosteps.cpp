@@ -132,41 +132,6 @@ bool readCall(LineReader &line, ScenarioContext &context)
     return readHostCall(line, &step.operation) && context.add(step);
 }
 
-bool readFrame(LineReader &line, ScenarioContext &context)
-{
-    int type = 0, byte = 0;
-    QByteArray payload;
-    if (!line.number("a data type", 0, 255, &type))
-        return false;
-    while (!line.atEnd()) {
-        if (!line.number("a payload byte", 0, 255, &byte))
-            return false;
-        payload.append(static_cast<char>(byte));
-    }
-    if (payload.size() > 255)
-        return line.fail(QStringLiteral("a frame has room for 255 payload bytes"));
-    return context.add(Frame{static_cast<quint8>(type), payload});
-}
-
-bool readSilence(LineReader &, ScenarioContext &context) { return context.add(Box::Silent); }
-bool readSpeak(LineReader &, ScenarioContext &context) { return context.add(Box::Speaking); }
-
-bool readUnplug(LineReader &line, ScenarioContext &context)
-{
-    if (!context.plugged)
-        return line.fail(QStringLiteral("the box is unplugged already; 'plug' it in before"));
-    context.plugged = false;
-    return context.add(Box::Unplugged);
-}
-
-bool readPlug(LineReader &line, ScenarioContext &context)
-{
-    if (context.plugged)
-        return line.fail(QStringLiteral("the box is plugged in already; 'unplug' it before"));
-    context.plugged = true;
-    return context.add(Box::Plugged);
-}
-
 constexpr struct
 {
     const char *word;
@@ -191,6 +156,9 @@ constexpr struct
     {"unplug", "", readUnplug},
     {"plug", "", readPlug},
     {"frame", "TYPE [BYTE]...", readFrame},
+    {"fault", "KIND", readFault},
+    {"fault", "KIND rate RATE[, KIND rate RATE]...", readFault},
+    {"fault", "none", readFault},
 };
 
 } // namespace

@@ -19,7 +19,14 @@ struct ScenarioContext
 /// Reads the one step of a line, which may become several. \returns whether it could; if not,
 /// \p line has the mistake.
 bool readStep(LineReader &line, ScenarioContext &context);
-/// The same behind the word `expect`.
+
+// Each reads what follows the step's word.
+bool readFrame(LineReader &line, ScenarioContext &context);
+bool readSilence(LineReader &line, ScenarioContext &context);
+bool readSpeak(LineReader &line, ScenarioContext &context);
+bool readUnplug(LineReader &line, ScenarioContext &context);
+bool readPlug(LineReader &line, ScenarioContext &context);
+bool readFault(LineReader &line, ScenarioContext &context);
 bool readExpect(LineReader &line, ScenarioContext &context);
 
 } // namespace bench

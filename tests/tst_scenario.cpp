@@ -112,6 +112,9 @@ void ScenarioTest::tellsMistakes_data()
     row("an unknown operation", "start\ncall clok 2025-01-01 10:00", 6, "did you mean 'clock'");
     row("an unknown climate key", "start\ncall climate_key fanup", 18, "did you mean 'fan_up'");
     row("a day that is not in the calendar", "start\ncall clock 2025-02-30 10:00", 12, "a date");
+    row("a fault with a slip", "fault bitflip", 7, "did you mean 'bit-flip'");
+    row("a fault that is more than certain", "fault drop rate 101%", 17, "0% to 100%");
+    row("a rate of no fault", "fault drop rate 0.5, rate 1", 22, "no fault 'rate'");
     row("bytes that are no text", "say \"\xff\"", 1, "not UTF-8 text");
     row("a zero byte", QByteArray("say \"\0\"", 7), 1, "not UTF-8 text");
 }
