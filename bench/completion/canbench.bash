@@ -30,7 +30,7 @@ _canbench()
     if [[ $word == -* ]]; then
         COMPREPLY=($(compgen -W "$("$program" "$command" --help 2>/dev/null |
             grep -oE '^ +(-[a-z], )?--[a-z-]+' | grep -oE -- '--[a-z-]+')" -- "$word"))
-    elif [[ $command != run && $command != tour ]]; then
+    elif [[ $command != run && $command != tour && $command != soak ]]; then
         compopt -o filenames
         COMPREPLY=($(compgen -f -- "$word"))
     fi
