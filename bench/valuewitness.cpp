@@ -10,14 +10,24 @@ namespace bench {
 
 namespace {
 
+QString statement(const QString &name, const QString &value)
+{
+    return QStringLiteral("%1 is %2").arg(name, value);
+}
+
+QString statement(int index, const Snapshot::Value &value)
+{
+    return statement(QLatin1String(getter(index).name), value.text());
+}
+
 void collect(const Event &event, QSet<QString> *values)
 {
-    const QString text = QStringLiteral("%1 is %2");
-    for (const Snapshot::Change &change : event.changes)
-        for (const Snapshot::Value &value : {change.before, change.after})
-            values->insert(text.arg(QLatin1String(getter(change.getter).name), value.text()));
+    for (const Snapshot::Change &change : event.changes) {
+        values->insert(statement(change.getter, change.before));
+        values->insert(statement(change.getter, change.after));
+    }
     if (event.name == QLatin1String("keyEvent"))
-        values->insert(text.arg(QStringLiteral("the key"), event.arguments.first().toString()));
+        values->insert(statement(QStringLiteral("the key"), event.arguments.first().toString()));
 }
 
 } // namespace
@@ -52,6 +62,8 @@ QString ValueWitness::judge(const QString &plugin, int carModel, Verdict *verdic
     if (!problem.isEmpty())
         return problem;
     QSet<QString> meant;
+    for (int i = 0; i < getterCount(); ++i)
+        meant.insert(statement(i, decoder.state().at(i)));
     connect(&decoder, &TraceDecoder::happened,
             [&meant](const Event &event) { collect(event, &meant); });
     const auto neverMeant = [&] { return QSet<QString>(mShown).subtract(meant); };
