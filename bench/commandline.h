@@ -24,6 +24,7 @@ int decodeCommand(const QStringList &arguments);
 int replayCommand(const QStringList &arguments);
 int exportCommand(const QStringList &arguments);
 int tourCommand(const QStringList &arguments);
+int soakCommand(const QStringList &arguments);
 int doctorCommand(const QStringList &arguments);
 
 /// The arguments of one subcommand. Options and positional arguments are added to it before

@@ -119,7 +119,7 @@ void FaultInjector::act(Fault fault, int frameSize)
         break;
     case Fault::StalledRead:
         mSession->terminal().setReading(false);
-        QTimer::singleShot(kStall, this, [this] { mSession->terminal().setReading(true); });
+        endLater(kStall, [this] { mSession->terminal().setReading(true); });
         break;
     case Fault::Unplug:
         pullCable();
@@ -139,9 +139,18 @@ void FaultInjector::silence(int milliseconds)
 {
     ++mSilences;
     mSession->box().setSilent(true);
-    QTimer::singleShot(milliseconds, this, [this] {
+    endLater(milliseconds, [this] {
         if (--mSilences == 0)
             mSession->box().setSilent(false);
+    });
+}
+
+void FaultInjector::endLater(int milliseconds, std::function<void()> end)
+{
+    ++mOngoing;
+    QTimer::singleShot(milliseconds, this, [this, end = std::move(end)] {
+        --mOngoing;
+        end();
     });
 }
 
@@ -152,7 +161,7 @@ void FaultInjector::pullCable()
         if (!mSession->terminal().isPlugged())
             return;
         mSession->unplug();
-        QTimer::singleShot(kUnplugged, this, [this] { mSession->plug(); });
+        endLater(kUnplugged, [this] { mSession->plug(); });
     });
 }
 
@@ -175,7 +184,7 @@ QByteArray FaultInjector::onChunk(const QByteArray &bytes)
         mSplitAt = -1;
         mHolding = true;
         mHeld = bytes.mid(kept);
-        QTimer::singleShot(kSplitPause, this, [this] {
+        endLater(kSplitPause, [this] {
             mHolding = false;
             mSession->terminal().write(mHeld);
             mHeld.clear();

@@ -25,6 +25,9 @@ public:
     /// One fault of the given kind, with the next frame of the box.
     void inject(Fault fault) { mDemanded.append(fault); }
 
+    /// Whether a fault is going on that ends by itself.
+    bool isBusy() const { return mOngoing > 0; }
+
     qint64 count(Fault fault) const { return mCounts[static_cast<std::size_t>(fault)]; }
     /// Good frames of a known type and length that reached the host.
     qint64 checkedFrames() const { return mChecked; }
@@ -39,6 +42,7 @@ private:
     bool isDue(Fault fault);
     void act(Fault fault, int frameSize);
     void silence(int milliseconds);
+    void endLater(int milliseconds, std::function<void()> end);
     void pullCable();
     void onReceived(const QByteArray &bytes);
     void check(quint8 dataType, const QByteArray &payload);
@@ -55,7 +59,8 @@ private:
     bool mPullAtWrite = false;
     bool mHolding = false;
     QByteArray mHeld;
-    int mSilences = 0; ///< That have not ended.
+    int mOngoing = 0;
+    int mSilences = 0;
 
     FrameReader mReader;   ///< Of what reaches the host.
     double mGiveUpAt = -1; ///< When the host gives up an open frame, in seconds; -1 for no frame.

@@ -17,6 +17,8 @@ class LinePacer : public QObject
 public:
     explicit LinePacer(int baudRate, QObject *parent = nullptr);
 
+    /// To be set while the line is idle.
+    void setBaudRate(int baudRate) { mBytesPerSecond = baudRate / 10; }
     /// Appends to what is waiting.
     void send(const QByteArray &bytes);
     /// Forgets what is waiting.
@@ -31,7 +33,7 @@ signals:
 private:
     void onTick();
 
-    const int mBytesPerSecond;
+    int mBytesPerSecond;
     QTimer mTick;
     QElapsedTimer mClock; ///< Since the line became busy.
     qint64 mSent = 0;     ///< Bytes since then.

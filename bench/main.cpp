@@ -13,6 +13,8 @@ constexpr bench::Command kCommands[] = {
     {"replay", "send a trace to the plug-in or to a device, in its own time", bench::replayCommand},
     {"export", "write a trace for the CAN tools or for a packet analyser", bench::exportCommand},
     {"tour", "a guided run of 15 s through what the plug-in does", bench::tourCommand},
+    {"soak", "hours of traffic with all faults, and a look at memory, descriptors and state",
+     bench::soakCommand},
     {"doctor", "say whether a file can be loaded as the plug-in, and why not",
      bench::doctorCommand},
 };

@@ -89,7 +89,7 @@ void Session::onEvent(const QString &name, const QVariantList &arguments)
     if (name == QLatin1String("notifyCanbusStatus"))
         mLinkCode = arguments.first().toInt();
     Event event{seconds(), name, arguments, {}};
-    if (mStarted) {
+    if (mStarted && mOptions.readsState) {
         const Snapshot now = readState();
         event.changes = now.changesSince(mState);
         mState = now;

@@ -19,6 +19,7 @@ struct SessionOptions
     QString device; ///< Empty: an embedded box.
     int carModel = 1;
     int carIndex = 1;
+    bool readsState = true; ///< Asks all getters at each event; without, an event has no changes.
 };
 
 /// Something that happened on the host's side.

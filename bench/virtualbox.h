@@ -33,6 +33,8 @@ public:
 
     /// The text that a version request is answered with.
     void setVersion(const QString &version) { mVersion = version; }
+    /// 38400 on a real line; more to pass the traffic of an hour in minutes.
+    void setBaudRate(int baudRate) { mPacer.setBaudRate(baudRate); }
     /// A silent box hears everything and sends nothing.
     void setSilent(bool on);
 

@@ -1,0 +1,193 @@
+// Much traffic, all faults, and the question what is left of them.
+#include "commandline.h"
+#include "eventprinter.h"
+#include "faultinjector.h"
+#include "session.h"
+#include "unixsignals.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QLoggingCategory>
+
+#include <malloc.h>
+
+namespace bench {
+
+namespace {
+
+constexpr int kWarmUp = 5000; // ms until memory has found its size
+constexpr int kSettle = 4000; // ms for the host to come back and hear the whole car
+// KiB. Queues keep the room of their longest moment; one small block lost per frame would be
+// megabytes.
+constexpr int kAllowedGrowth = 512;
+
+// Values whose getter answers what goes over the wire, under the same name.
+constexpr const char *kComparable[] = {
+    "door.left_front", "door.right_front",     "door.left_rear",        "door.right_rear",
+    "door.rear",       "climate.ac",           "climate.inside_air",    "climate.auto",
+    "climate.max",     "climate.rear",         "climate.front_defrost", "climate.wheel_heat",
+    "climate.fan",     "climate.rear_defrost",
+};
+
+qint64 heapKibibytes() { return static_cast<qint64>(mallinfo2().uordblks / 1024); }
+
+int descriptors() { return QDir(QStringLiteral("/proc/self/fd")).entryList().size(); }
+
+/// Changes the car all the time, so that the line is never idle.
+class RestlessCar
+{
+public:
+    RestlessCar(VirtualCar *car, quint32 seed)
+        : mCar(car)
+        , mRandom(seed)
+    {
+        QObject::connect(&mTick, &QTimer::timeout, mCar, [this] { change(); });
+    }
+
+    void begin() { mTick.start(1); }
+    void end() { mTick.stop(); }
+
+private:
+    void change()
+    {
+        for (int i = 0; i < 4; ++i) {
+            const auto value = static_cast<CarValue>(mRandom.below(kCarValueCount));
+            mCar->setRaw(value, mRandom.below(1 << carValueInfo(value).bits));
+        }
+    }
+
+    VirtualCar *const mCar;
+    FaultRandom mRandom;
+    QTimer mTick;
+};
+
+QStringList differences(Session &session)
+{
+    QStringList texts;
+    const Snapshot state = session.readState();
+    for (int i = 0; i < kCarValueCount; ++i) {
+        const CarValueInfo &info = carValueInfo(static_cast<CarValue>(i));
+        const bool comparable =
+            std::any_of(std::begin(kComparable), std::end(kComparable),
+                        [&info](const char *name) { return qstrcmp(name, info.name) == 0; });
+        const int answer = state.value(info.name).value.toInt();
+        if (comparable && answer != session.car().raw(info.id))
+            texts += QStringLiteral("%1 is %2, and the getter answers %3")
+                         .arg(QLatin1String(info.name))
+                         .arg(session.car().raw(info.id))
+                         .arg(answer);
+    }
+    return texts;
+}
+
+void wait(int milliseconds)
+{
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+} // namespace
+
+int soakCommand(const QStringList &arguments)
+{
+    CommandLine line("soak", "[options]",
+                     "Lets a car that changes all the time talk through the embedded box, with all "
+                     "faults on the line, and checks afterwards that memory and descriptors are "
+                     "where they were, that every loss of the link was signalled and ended, and "
+                     "that the host knows the car as it is. Exit code 3 if not.",
+                     "canbench soak --duration 120 --speed 30\n"
+                     "canbench soak --duration 3600 --seed 7");
+    line.addOptions({
+        {"duration", "Seconds of real time (default 120).", "S"},
+        {"speed", "The line's speed, in times of 38400 baud, 1 to 100 (default 30).", "X"},
+        {"faults", "As for run (default all=0.0002,bit-flip=0.002,no-answer=0).", "KINDS"},
+        {"losses", "How often the box is silent for 35 s, which loses the link (default 1).", "N"},
+        {"seed", "The same seed gives the same car and faults (default 1).", "N"},
+        {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
+    });
+    if (const auto code = line.read(arguments))
+        return *code;
+    const double duration = line.seconds("duration", 120, 1, 1e6);
+    const int speed = line.number("speed", 30, 1, 100);
+    const int losses = line.number("losses", 1, 0, 1000);
+    const auto seed = static_cast<quint32>(line.number("seed", 1, 0, 0x7FFFFFFF));
+    if (line.isWrong())
+        return WrongUsage;
+    FaultPlan plan;
+    const QString wrongPlan = plan.read(
+        line.isSet("faults") ? line.value("faults") : "all=0.0002,bit-flip=0.002,no-answer=0");
+    if (!wrongPlan.isEmpty())
+        return line.complain(wrongPlan);
+
+    QLoggingCategory::setFilterRules("default.debug=false\ndefault.warning=false\n"
+                                     "default.critical=false\ndefault.info=false");
+    UnixSignals unixSignals;
+    SessionOptions options;
+    options.plugin = line.value("plugin");
+    options.readsState = false;
+    Session session(options);
+    const QString problem = session.open();
+    if (!problem.isEmpty())
+        return fail(problem);
+    session.box().setBaudRate(canbox::kBaudRate * speed);
+    FaultInjector injector(&session, seed);
+    RestlessCar car(&session.car(), seed);
+    int lossesSignalled = 0;
+    QObject::connect(&session, &Session::happened, [&lossesSignalled](const Event &event) {
+        const bool isLink = event.name == QLatin1String("notifyCanbusStatus");
+        lossesSignalled += isLink && event.arguments.first().toInt() == 0;
+    });
+    QObject::connect(&unixSignals, &UnixSignals::caught,
+                     [](int number) { QCoreApplication::exit(SignalBase + number); });
+
+    session.start();
+    car.begin();
+    wait(kWarmUp);
+    const qint64 heapBefore = heapKibibytes();
+    const int descriptorsBefore = descriptors();
+    injector.setPlan(plan);
+
+    for (int loss = 0; loss < losses; ++loss)
+        QTimer::singleShot(static_cast<int>(duration * 1000 * (loss + 0.5) / losses), &injector,
+                           [&injector] { injector.inject(Fault::NoAnswer); });
+    QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
+    const int code = QCoreApplication::exec();
+    if (code != Done)
+        return code;
+
+    // The line becomes whole again, and the host hears the car once more.
+    car.end();
+    injector.setPlan({});
+    while (injector.isBusy())
+        wait(100);
+    wait(kSettle);
+    session.box().reportAll();
+    wait(1000);
+
+    const qint64 growth = heapKibibytes() - heapBefore;
+    const int moreDescriptors = descriptors() - descriptorsBefore;
+    QStringList failures = differences(session);
+    if (session.linkCode() != 3)
+        failures += QStringLiteral("the link did not come back");
+    if (growth > kAllowedGrowth)
+        failures += QStringLiteral("the heap has grown by %1 KiB").arg(growth);
+    if (moreDescriptors != 0)
+        failures += QStringLiteral("there are %1 descriptors more").arg(moreDescriptors);
+    if (lossesSignalled != injector.count(Fault::NoAnswer))
+        failures += QStringLiteral("the link was lost %1 times, and signalled lost %2 times")
+                        .arg(injector.count(Fault::NoAnswer))
+                        .arg(lossesSignalled);
+
+    EventPrinter printer(EventPrinter::Text);
+    printer.print(session.summary(), session.seconds());
+    printer.print(QStringLiteral("faults"), injector.summary());
+    printer.print(QStringLiteral("resources"),
+                  {{QStringLiteral("heap growth, KiB"), growth},
+                   {QStringLiteral("descriptors more"), moreDescriptors}});
+    for (const QString &failure : failures)
+        fail(failure);
+    return failures.isEmpty() ? Done : ExpectationFailed;
+}
+
+} // namespace bench
