@@ -25,6 +25,8 @@ public:
     /// One fault of the given kind, with the next frame of the box.
     void inject(Fault fault) { mDemanded.append(fault); }
 
+    /// Bytes that have left the box, damaged or not.
+    qint64 bytesPassed() const { return mPassed; }
     /// Whether a fault is going on that ends by itself.
     bool isBusy() const { return mOngoing > 0; }
 
