@@ -151,18 +151,18 @@ void FaultsTest::planIsRead()
 void FaultsTest::hostKnowsTheCarAfterwards_data()
 {
     QTest::addColumn<Fault>("fault");
-    QTest::addColumn<int>("known"); // ms until the host may know of the door.
-    QTest::addColumn<int>("heard"); // ms until the box may hear the host.
+    QTest::addColumn<int>("known"); // ms until the host may know of the door, less 5 %.
+    QTest::addColumn<int>("heard"); // The same until the box may hear the host.
     QTest::addColumn<int>("strangers");
     QTest::addColumn<bool>("losesDevice");
-    QTest::newRow("split write") << Fault::SplitWrite << 190 << 0 << 0 << false;
-    QTest::newRow("silence") << Fault::Silence << 2900 << 0 << 0 << false;
-    QTest::newRow("stalled read") << Fault::StalledRead << 0 << 950 << 0 << false;
+    QTest::newRow("split write") << Fault::SplitWrite << 180 << 0 << 0 << false;
+    QTest::newRow("silence") << Fault::Silence << 2800 << 0 << 0 << false;
+    QTest::newRow("stalled read") << Fault::StalledRead << 0 << 900 << 0 << false;
     QTest::newRow("truncated frame") << Fault::Truncated << 0 << 0 << 0 << false;
     QTest::newRow("frame without payload") << Fault::ZeroLength << 450 << 0 << 0 << false;
     QTest::newRow("flood") << Fault::Flood << 0 << 0 << 40 << false;
     QTest::newRow("unplugged while idle") << Fault::Unplug << 0 << 0 << 0 << true;
-    QTest::newRow("unplugged in a frame") << Fault::UnplugMidFrame << 990 << 0 << 0 << true;
+    QTest::newRow("unplugged in a frame") << Fault::UnplugMidFrame << 900 << 0 << 0 << true;
     QTest::newRow("unplugged while the host writes")
         << Fault::UnplugMidWrite << 0 << 0 << 0 << true;
 }
