@@ -105,7 +105,7 @@ QString Expectation::problemWith(const QVariant &sample) const
 {
     const bool isOrder = comparison != Comparison::Equal && comparison != Comparison::NotEqual;
     bool isNumber = false;
-    expected.toDouble(&isNumber);
+    const double number = expected.toDouble(&isNumber);
     if (isSwitch(sample)) {
         if (isOrder || (expected != QLatin1String("true") && expected != QLatin1String("false")))
             return QStringLiteral("%1 is a switch; compare it by == or != with true or false")
@@ -113,7 +113,7 @@ QString Expectation::problemWith(const QVariant &sample) const
     } else if (isText(sample)) {
         if (isOrder)
             return QStringLiteral("%1 is a text; compare it by == or !=").arg(name);
-    } else if (!isNumber) {
+    } else if (!isNumber || !std::isfinite(number)) {
         return QStringLiteral("%1 is a number, and '%2' is none").arg(name, expected);
     }
     return {};

@@ -100,6 +100,7 @@ void ScenarioTest::tellsMistakes_data()
     row("an assignment for a comparison", "expect link = 3", 13, "'=' is not ==");
     row("a quoted comparison", "expect link \"==\" 3", 13, "belongs");
     row("a text for a number", "expect link == up", 16, "link is a number, and 'up' is none");
+    row("a number that is none", "expect link > nan", 15, "link is a number, and 'nan' is none");
     row("an order of texts", "expect cluster.clock < 3", 24, "compare it by == or !=");
     row("a signal with a slip", "expect signal doorChange", 15, "did you mean 'doorChanged'");
     row("too few arguments of a signal", "expect signal keyEvent(5)", 24, "has 3 arguments, not 1");
