@@ -33,7 +33,8 @@ struct Stop
 };
 struct Wait
 {
-    int milliseconds; ///< Scenario's time.
+    int milliseconds;
+    bool real; ///< Not the scenario's time: the wait is for a timer of the service.
 };
 struct Set
 {

@@ -72,7 +72,10 @@ bool ScenarioPlayer::act(const steps::Stop &)
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Wait &step) { return pause(scaled(step.milliseconds)); }
+bool ScenarioPlayer::act(const steps::Wait &step)
+{
+    return pause(step.real ? step.milliseconds : scaled(step.milliseconds));
+}
 
 bool ScenarioPlayer::act(const steps::Set &step)
 {

@@ -68,7 +68,10 @@ bool readStop(LineReader &line, ScenarioContext &context)
 bool readWait(LineReader &line, ScenarioContext &context)
 {
     Wait step{};
-    return line.time(&step.milliseconds) && context.add(step);
+    if (!line.time(&step.milliseconds))
+        return false;
+    step.real = line.accept("real");
+    return context.add(step);
 }
 
 bool readSet(LineReader &line, ScenarioContext &context)
@@ -142,7 +145,7 @@ constexpr struct
     {"start", "", readStart},
     {"stop", "", readStop},
     {"say", "\"TEXT\"", readSay},
-    {"wait", "TIME", readWait},
+    {"wait", "TIME [real]", readWait},
     {"set", "NAME VALUE[, NAME VALUE]...", readSet},
     {"ramp", "NAME [from VALUE] to VALUE[, NAME ...] over TIME", readRamp},
     {"press", "KEY [for TIME]", readPress},

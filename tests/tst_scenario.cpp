@@ -93,6 +93,7 @@ void ScenarioTest::tellsMistakes_data()
     row("a time that is no number", "wait nans", 6, "is not a time");
     row("a time below zero", "wait -1s", 6, "is not a time");
     row("a key out of range", "press 256", 7, "from 0 to 255");
+    row("a wait that is not real", "wait 1s reel", 9, "'reel' is too much");
     row("more words than the step has", "wait 1s 2s", 9, "'2s' is too much");
     row("a quote without end", "say \"hello", 5, "no end");
     row("an operator for a name", "expect == 3", 8, "'==' is where the name of a getter belongs");
