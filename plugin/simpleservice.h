@@ -272,11 +272,12 @@ private:
 
     const QByteArray mGoodReceipt{1, static_cast<char>(canbox::kReceiptGood)};
     const QByteArray mBadReceipt{1, static_cast<char>(canbox::kReceiptBad)};
-    QByteArray mRecvPayload; ///< Has its final size from the length byte on.
+    QByteArray mRecvPayload;   ///< Has its final size from the length byte on.
+    char *mRecvNext = nullptr; ///< Where in it the next byte goes.
     int mParseState = Idle;
-    int mRecvDataType = 0;
     int mRecvRemain = 0; ///< Payload bytes still expected.
-    int mRecvSum = 0;    ///< Of data type, length and payload so far; the low 8 bits count.
+    int mRecvDataType = 0;
+    int mRecvSum = 0; ///< Of data type, length and payload so far; the low 8 bits count.
 
     QString mVersion{QLatin1String("")}; ///< Of the latest answer; empty, not null, before it.
 

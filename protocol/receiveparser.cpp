@@ -40,13 +40,14 @@ inline bool SimpleService::takeByte(quint8 byte)
         mRecvRemain = byte;
         mRecvSum += byte;
         mRecvPayload.resize(byte);
+        mRecvNext = mRecvPayload.data();
         mParseState = Payload;
         break;
     case Payload:
         // A length of 0 leaves nothing to take: the frame stays open until the parse-out timer.
         if (mRecvRemain == 0)
             break;
-        mRecvPayload.data()[mRecvPayload.size() - mRecvRemain] = static_cast<char>(byte);
+        *mRecvNext++ = static_cast<char>(byte);
         mRecvSum += byte;
         if (--mRecvRemain == 0)
             mParseState = AwaitChecksum;
