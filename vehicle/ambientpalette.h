@@ -21,16 +21,16 @@ struct AmbientPalette
     /// The box's code for the host's index; 0 for an index that no car has.
     constexpr quint8 codeOf(unsigned index) const
     {
-        for (quint8 code = 0; code < indexOfCode.size(); ++code)
+        for (unsigned code = 0; code < indexOfCode.size(); ++code)
             if (indexOfCode[code] == index)
-                return code;
+                return static_cast<quint8>(code);
         return 0;
     }
 
     /// Whether the two directions are inverse.
     constexpr bool isPermutation() const
     {
-        for (quint8 code = 0; code < indexOfCode.size(); ++code)
+        for (unsigned code = 0; code < indexOfCode.size(); ++code)
             if (indexOfCode[code] >= indexOfCode.size() || codeOf(indexOfCode[code]) != code)
                 return false;
         return true;

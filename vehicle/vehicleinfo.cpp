@@ -105,8 +105,9 @@ void SimpleService::doCarInformationData1(int dataType, QByteArray &payload)
     bool stateChanged = false;
     for (int tire = 0; tire < 4; ++tire)
         stateChanged |= store(mTireStatus[tire], kTireStates[codes[tire]]);
-    mTireAlertType = std::any_of(std::begin(mTireStatus), std::end(mTireStatus),
-                                 [](int state) { return state != 0; });
+    const bool alert = std::any_of(std::begin(mTireStatus), std::end(mTireStatus),
+                                   [](int state) { return state != 0; });
+    mTireAlertType = alert ? 1 : 0;
     if (stateChanged)
         emit tireAlert();
 }
