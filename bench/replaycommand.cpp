@@ -14,6 +14,7 @@ namespace bench {
 
 namespace {
 
+constexpr int kOpenMs = 5000;
 constexpr int kSettleMs = 200; // For the last answers.
 
 // Reads `0x24`, `36` or `doors`. \returns whether there is such a type.
@@ -52,6 +53,21 @@ int play(TracePlayer &player, Progress &progress)
     return code;
 }
 
+// A new terminal may bear the number of one that another program still has locked; the host tries
+// again every second. \returns whether it has succeeded.
+bool awaitDevice(const bool &isOpen, Session &session)
+{
+    QEventLoop loop;
+    QObject::connect(&session, &Session::happened, &loop, [&] {
+        if (isOpen)
+            loop.quit();
+    });
+    QTimer::singleShot(kOpenMs, &loop, &QEventLoop::quit);
+    if (!isOpen)
+        loop.exec();
+    return isOpen;
+}
+
 int playToPlugin(TracePlayer &player, const CommandLine &line, int carModel)
 {
     PseudoTerminal terminal;
@@ -64,7 +80,10 @@ int playToPlugin(TracePlayer &player, const CommandLine &line, int carModel)
     Session session(options);
     EventPrinter printer(line.isSet("json") ? EventPrinter::Json : EventPrinter::Text);
     Progress progress;
+    bool isOpen = false;
     QObject::connect(&session, &Session::happened, [&](const Event &event) {
+        if (event.name == QLatin1String("device"))
+            isOpen = event.arguments.first().toBool();
         progress.clear();
         printer.print(event, session.state());
     });
@@ -72,6 +91,8 @@ int playToPlugin(TracePlayer &player, const CommandLine &line, int carModel)
     const QString problem = session.open();
     if (!problem.isEmpty())
         return fail(problem);
+    if (!awaitDevice(isOpen, session))
+        return fail(QStringLiteral("nothing was replayed"));
     session.start();
     const int code = play(player, progress);
     session.stop();
