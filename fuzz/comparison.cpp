@@ -15,6 +15,7 @@ QVector<double> numbersOf(canservice::SimpleService &s, const canservice::Servic
     s.getUnitData(units);
     const CarSettingData settings = s.getCarSettingData();
     QVector<double> all;
+    all.reserve(64);
     for (const bool flag :
          {s.isPowerOff(), s.isAc(), s.isInside(), s.isAuto(), s.isDual(), s.isRearDefrost(),
           s.isRearClimate(), s.isFrontDefrost(), s.isAcSwcHeat(), s.isAcMax()})
@@ -144,13 +145,16 @@ void Comparison::fire(ServiceModel::Timer timer)
     test.timeout(kSlots[timer]);
 }
 
-void Comparison::compare()
+void Comparison::compareJournal()
 {
     const QStringList journal = test.take();
     if (journal != model.journal)
         fail(journal, model.journal);
     model.journal.clear();
+}
 
+void Comparison::compareState()
+{
     const QStringList texts = textsOf(test.service);
     if (texts != model.texts())
         fail(texts, model.texts());
@@ -255,7 +259,7 @@ void Comparison::callSettings(FuzzedDataProvider &data)
 // that the model has ends with the zero command, any other sends nothing.
 void Comparison::callClimateKey(int key, int value)
 {
-    compare();
+    compareJournal();
     test.service.sendAcKey(key, value);
     const QStringList frames = test.take();
     for (const QString &frame : frames)
@@ -285,7 +289,7 @@ void Comparison::callMedia(FuzzedDataProvider &data)
                      : text());
     const int type = data.ConsumeIntegralInRange(-1, 6);
 
-    compare();
+    compareJournal();
     test.service.onRadioSourceInformation(source, info, type);
     const QStringList frames = test.take();
     const bool tuner = type == 0 && bands.contains(source);

@@ -7,6 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
     FuzzedDataProvider data(bytes, size);
     prepareProcess(data.ConsumeIntegral<quint8>() >= 0xF0);
     Comparison both(randomCar(data));
+    int step = 0;
     while (data.remaining_bytes() > 0) {
         if (data.ConsumeIntegralInRange(0, 3) == 0) {
             both.call(data);
@@ -18,7 +19,10 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
             if (split < frame.size())
                 both.receive(frame.mid(split));
         }
-        both.compare();
+        both.compareJournal();
+        if (++step % 4 == 0)
+            both.compareState();
     }
+    both.compareState();
     return 0;
 }

@@ -50,9 +50,22 @@ public:
         device->write(bytes);
         const QDeadlineTimer deadline(20000);
         while (mReceived.size() < bytes.size() && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+            QCoreApplication::processEvents();
         if (mReceived != bytes)
             fail({QString::fromLatin1(mReceived.toHex())}, {QString::fromLatin1(bytes.toHex())});
+    }
+
+    /// The cable is pulled. The service notices now, or later: at a write or at its end.
+    void unplug(bench::PseudoTerminal &device, bool notice)
+    {
+        QSignalSpy lost(canservice::SerialMonitor::instance(),
+                        &canservice::SerialMonitor::connectionChanged);
+        device.unplug();
+        const QDeadlineTimer deadline(20000);
+        while (notice && lost.isEmpty() && !deadline.hasExpired())
+            QCoreApplication::processEvents();
+        if (notice && lost.isEmpty())
+            fail({QStringLiteral("still open")}, {QStringLiteral("lost")});
     }
 
     /// The next signal of the service lets \p chunk in before it returns.
@@ -100,6 +113,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
         return first;
     };
 
+    int step = 0;
     while (data.remaining_bytes() > 0) {
         switch (data.ConsumeIntegralInRange(0, 11)) {
         case 0:
@@ -116,12 +130,8 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
             session->both.call(data);
             break;
         case 7:
-            if (onDevice && device.isPlugged()) {
-                device.unplug();
-                // Otherwise the service meets the loss later, at a write or at its end.
-                if (data.ConsumeBool())
-                    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
-            }
+            if (onDevice && device.isPlugged())
+                session->unplug(device, data.ConsumeBool());
             break;
         case 8:
             session.reset();
@@ -135,8 +145,11 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
                  ServiceModel::CarType, ServiceModel::LongPress, ServiceModel::ParseOut}));
             break;
         }
-        session->both.compare();
+        session->both.compareJournal();
+        if (++step % 4 == 0)
+            session->both.compareState();
     }
+    session->both.compareState();
     session.reset();
     if (!device.isPlugged() && !device.plug())
         fail({device.errorString()}, {});

@@ -311,6 +311,7 @@ QVector<double> ServiceModel::numbers() const
     const auto heat = [](int code) { return code > 3 && code < 7 ? code - 3 : 0; };
     const auto ventilation = [](int code) { return code < 4 ? code : 0; };
     QVector<double> all;
+    all.reserve(64);
     for (const int flag : {bit(c[0], 7), bit(c[0], 6), bit(c[0], 5), bit(c[0], 3), 1 - bit(c[0], 2),
                            bit(c[0], 0), bit(c[4], 7), bit(c[4], 5), bit(c[4], 3), bit(c[4], 2)})
         all << flag;
