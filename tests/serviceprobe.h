@@ -1,12 +1,13 @@
 // What the tests share: a service without a device, its writes, its signals and its log lines.
 #pragma once
 
+#include "rows.h"
+
 #include "plugin/simpleservice.h"
 
 #include <canbusmanager.h>
 
 #include <QSignalSpy>
-#include <QtTest>
 
 #include <memory>
 #include <vector>
@@ -49,34 +50,8 @@ public:
 
 } // namespace canservice
 
-/// A byte string from its hexadecimal form; blanks do not matter.
-inline QByteArray hex(const char *digits) { return QByteArray::fromHex(digits); }
-
 /// A float to its last bit, for comparisons that forgive nothing.
 inline QString exact(float value) { return QString::number(double(value), 'g', 9); }
-
-/// A row of a table: what is fed in and what comes of it, both as the test reads them.
-struct Case
-{
-    const char *name, *given, *expected;
-};
-
-/// The data of a test from a table: a data row for each of its rows, by the name it begins with.
-template <typename Row, std::size_t count>
-void addRows(const Row (&table)[count])
-{
-    QTest::addColumn<int>("row");
-    for (std::size_t row = 0; row < count; ++row)
-        QTest::newRow(table[row].name) << int(row);
-}
-
-/// The table's row that belongs to the present data row.
-template <typename Row, std::size_t count>
-const Row &currentRow(const Row (&table)[count])
-{
-    QFETCH(int, row);
-    return table[row];
-}
 
 inline void selectCar(int model) { CanBusManager::instance()->setCarModelId(model); }
 
