@@ -60,8 +60,6 @@ inline bool SimpleService::takeByte(quint8 byte)
         }
         acceptFrame();
         break;
-    default:
-        break;
     }
     return true;
 }
