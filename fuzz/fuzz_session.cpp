@@ -2,7 +2,7 @@
 // host, host slots that let the next bytes in, the cable pulled and plugged in again.
 #include "comparison.h"
 
-#include "bench/pseudoterminal.h"
+#include "bench/box/pseudoterminal.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
