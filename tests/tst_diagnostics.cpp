@@ -20,8 +20,48 @@ QString canservice::ConfigManager::getPluginFullPath()
     return QStringLiteral("/opt/plug-in.so");
 }
 
-using Event = void (*)(ServiceTest &);
-Q_DECLARE_METATYPE(Event)
+namespace {
+
+const struct
+{
+    const char *name;
+    void (*happening)(ServiceTest &);
+    QStringList lines;
+} kLines[] = {
+    {"numbers",
+     [](ServiceTest &t) { t.timeout("onCartypeConnect"); },
+     {"[DBG] onCartypeConnect()-- 4660 52"}},
+    {"words",
+     [](ServiceTest &t) { t.service.start(); },
+     {"[DBG] start()-- Start Varne_Ford", "[DBG] requestVersion()-- reques varne_Ford Version"}},
+    {"texts and bytes are quoted",
+     [](ServiceTest &t) { t.receive(hex("2e3002563146")); },
+     {"[DBG] onDataReady(QByteArray)-- \"/opt/plug-in.so\"",
+      "[DBG] onDataReady(QByteArray)-- \"2e3002563146\"", "[DBG] onDataReady(QByteArray)-- 0",
+      "[DBG] onDataReady(QByteArray)-- 3", "[DBG] onDataReady(QByteArray)-- 2",
+      "[DBG] onDataReady(QByteArray)-- 4", "[DBG] onDataReady(QByteArray)-- 4",
+      "[DBG] onDataReady(QByteArray)-- 5", "[DBG] dispatchEvent(int, QByteArray&)-- 48 \"5631\"",
+      "[DBG] doVersion(int, QByteArray&)-- \"V1\"", "[DBG] doVersion(int, QByteArray&)-- 0"}},
+    {"a frame that stayed open, one that is damaged",
+     [](ServiceTest &t) {
+         t.timeout("onmParseOutTmrout");
+         QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, false);
+         t.receive(hex("2e250105d5"));
+     },
+     {"[DBG] onmParseOutTmrout()-- parse out!!! 0",
+      "[ERR] onDataReady(QByteArray)-- checksum err!"}},
+    {"an unknown data type, and a wrong length without words",
+     [](ServiceTest &t) {
+         QByteArray payload = hex("05");
+         t.service.dispatchEvent(0x25, payload);
+         t.service.doPanelKey(0, payload);
+     },
+     {"[DBG] dispatchEvent(int, QByteArray&)-- 37 \"05\"",
+      "[DBG] dispatchEvent(int, QByteArray&)-- ID IS ERROR! 37",
+      "[ERR] doPanelKey(int, QByteArray&)--"}},
+};
+
+} // namespace
 
 class DiagnosticsTest : public QObject
 {
@@ -29,150 +69,87 @@ class DiagnosticsTest : public QObject
 
 private slots:
     void initTestCase() { CanBusManager::instance()->setHwdCarModelIndex(0x1234); }
-    void linesHaveOneForm_data();
-    void linesHaveOneForm();
-    void everyThreadHasItsId();
-    void aLevelThatIsOffEvaluatesNothing();
-    void aChunkAsksForTheLevelOnce();
-};
+    void linesHaveOneForm_data() { addRows(kLines); }
+    void linesHaveOneForm()
+    {
+        const auto &row = currentRow(kLines);
+        ServiceTest test;
+        LogCapture log;
+        row.happening(test);
 
-void DiagnosticsTest::linesHaveOneForm_data()
-{
-    QTest::addColumn<Event>("happening");
-    QTest::addColumn<QStringList>("lines");
-
-    const auto row = [](const char *name, Event happening, const QStringList &lines) {
-        QTest::newRow(name) << happening << lines;
-    };
-    row("words", [](ServiceTest &t) { t.service.requestVersion(); },
-        {"[DBG] requestVersion()-- reques varne_Ford Version"});
-    row("numbers", [](ServiceTest &t) { t.timeout("onCartypeConnect"); },
-        {"[DBG] onCartypeConnect()-- 4660 52"});
-    row("start", [](ServiceTest &t) { t.service.start(); },
-        {"[DBG] start()-- Start Varne_Ford", "[DBG] requestVersion()-- reques varne_Ford Version"});
-    row("texts and bytes are quoted", [](ServiceTest &t) { t.receive(hex("2e3002563146")); },
-        {"[DBG] onDataReady(QByteArray)-- \"/opt/plug-in.so\"",
-         "[DBG] onDataReady(QByteArray)-- \"2e3002563146\"", "[DBG] onDataReady(QByteArray)-- 0",
-         "[DBG] onDataReady(QByteArray)-- 3", "[DBG] onDataReady(QByteArray)-- 2",
-         "[DBG] onDataReady(QByteArray)-- 4", "[DBG] onDataReady(QByteArray)-- 4",
-         "[DBG] onDataReady(QByteArray)-- 5", "[DBG] dispatchEvent(int, QByteArray&)-- 48 \"5631\"",
-         "[DBG] doVersion(int, QByteArray&)-- \"V1\"", "[DBG] doVersion(int, QByteArray&)-- 0"});
-    row("unknown data type",
-        [](ServiceTest &t) {
-            QByteArray payload = hex("05");
-            t.service.dispatchEvent(0x25, payload);
-        },
-        {"[DBG] dispatchEvent(int, QByteArray&)-- 37 \"05\"",
-         "[DBG] dispatchEvent(int, QByteArray&)-- ID IS ERROR! 37"});
-    row("frame that stayed open, frame that is damaged",
-        [](ServiceTest &t) {
-            t.timeout("onmParseOutTmrout");
-            QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, false);
-            t.receive(hex("2e250105d5"));
-        },
-        {"[DBG] onmParseOutTmrout()-- parse out!!! 0",
-         "[ERR] onDataReady(QByteArray)-- checksum err!"});
-    row("a wrong length is an error without words",
-        [](ServiceTest &t) {
-            QByteArray payload;
-            t.service.doSwc(0x20, payload);
-            t.service.doPanelKey(0, payload);
-            t.service.doClimate(0x21, payload);
-            t.service.doRearRadar(0x22, payload);
-            t.service.doFontRadar(0x23, payload);
-            t.service.doCarBasicInfor(0x24, payload);
-            t.service.doSettingStatus(0x28, payload);
-            t.service.doAmbientLight(0x61, payload);
-            t.service.doCarInformationData1(0x63, payload);
-            t.service.doCarInformationData2(0x69, payload);
-        },
-        {"[ERR] doSwc(int, QByteArray&)--", "[ERR] doPanelKey(int, QByteArray&)--",
-         "[ERR] doClimate(int, QByteArray&)--", "[ERR] doRearRadar(int, QByteArray&)--",
-         "[ERR] doFontRadar(int, QByteArray&)--", "[ERR] doCarBasicInfor(int, QByteArray&)--",
-         "[ERR] doSettingStatus(int, QByteArray&)--", "[ERR] doAmbientLight(int, QByteArray&)--",
-         "[ERR] doCarInformationData1(int, QByteArray&)--",
-         "[ERR] doCarInformationData2(int, QByteArray&)--"});
-}
-
-void DiagnosticsTest::linesHaveOneForm()
-{
-    QFETCH(Event, happening);
-    QFETCH(QStringList, lines);
-    ServiceTest test;
-    LogCapture log;
-    happening(test);
-
-    QStringList shortened;
-    for (const LogCapture::Line &line : log.lines()) {
-        const QString tag = line.type == QtDebugMsg ? "[DBG] " : "[ERR] ";
-        const QString head =
-            tag +
-            QString("%1 %2 %3 ").arg(syscall(SYS_gettid)).arg(line.function.data()).arg(line.line);
-        QVERIFY2(line.text.startsWith(head), qPrintable(line.text));
-        QCOMPARE(line.file, QByteArray("simpleservice"));
-        QVERIFY(line.line > 0);
-        QVERIFY(line.function.contains("void canservice::SimpleService::"));
-        const int name = line.function.lastIndexOf("::") + 2;
-        shortened << tag + line.function.mid(name) + line.text.mid(head.size());
+        QStringList shortened;
+        for (const LogCapture::Line &line : log.lines()) {
+            const QString tag = line.type == QtDebugMsg ? "[DBG] " : "[ERR] ";
+            const QString head = tag + QString("%1 %2 %3 ")
+                                           .arg(syscall(SYS_gettid))
+                                           .arg(line.function.data())
+                                           .arg(line.line);
+            QVERIFY2(line.text.startsWith(head), qPrintable(line.text));
+            QCOMPARE(line.file, QByteArray("simpleservice"));
+            QVERIFY(line.line > 0);
+            QVERIFY(line.function.contains("void canservice::SimpleService::"));
+            const int name = line.function.lastIndexOf("::") + 2;
+            shortened << tag + line.function.mid(name) + line.text.mid(head.size());
+        }
+        QCOMPARE(shortened, row.lines);
     }
-    QCOMPARE(shortened, lines);
-}
 
-void DiagnosticsTest::everyThreadHasItsId()
-{
-    LogCapture log;
-    long id = 0;
-    std::thread([&id] {
-        id = syscall(SYS_gettid);
-        LOG_DEBUG() << "here";
-    }).join();
-    QVERIFY(id != syscall(SYS_gettid));
-    QCOMPARE(log.lines().size(), 1U);
-    QVERIFY(log.lines()[0].text.startsWith(QString("[DBG] %1 ").arg(id)));
-}
+    void everyThreadHasItsId()
+    {
+        LogCapture log;
+        long id = 0;
+        std::thread([&id] {
+            id = syscall(SYS_gettid);
+            LOG_DEBUG() << "here";
+        }).join();
+        QVERIFY(id != syscall(SYS_gettid));
+        QCOMPARE(log.lines().size(), 1U);
+        QVERIFY(log.lines()[0].text.startsWith(QString("[DBG] %1 ").arg(id)));
+    }
 
-void DiagnosticsTest::aLevelThatIsOffEvaluatesNothing()
-{
-    int evaluated = 0;
-    const auto item = [&evaluated] { return ++evaluated; };
-    QLoggingCategory &category = *QLoggingCategory::defaultCategory();
-    ServiceTest test;
-    LogCapture log(false);
-    sPathsAsked = 0;
+    void aLevelThatIsOffEvaluatesNothing()
+    {
+        int evaluated = 0;
+        const auto item = [&evaluated] { return ++evaluated; };
+        QLoggingCategory &category = *QLoggingCategory::defaultCategory();
+        ServiceTest test;
+        LogCapture log(false);
+        sPathsAsked = 0;
 
-    test.receive(hex("2e250105d4 2e250105d5"));
-    LOG_DEBUG() << item();
-    QCOMPARE(sPathsAsked, 0);
-    QCOMPARE(evaluated, 0);
-    QCOMPARE(log.items(), QStringList{"checksum err!"}); // Errors have a level of their own.
+        test.receive(hex("2e250105d4 2e250105d5"));
+        LOG_DEBUG() << item();
+        QCOMPARE(sPathsAsked, 0);
+        QCOMPARE(evaluated, 0);
+        QCOMPARE(log.items(), QStringList{"checksum err!"}); // Errors have a level of their own.
 
-    category.setEnabled(QtCriticalMsg, false);
-    test.receive(hex("2e250105d5"));
-    LOG_ERROR() << item();
-    category.setEnabled(QtCriticalMsg, true);
-    QCOMPARE(evaluated, 0);
-    QCOMPARE(log.lines().size(), 1U);
-    QCOMPARE(test.take(), QStringList({"ff !", "notifyCanbusStatus 3", "f0 !", "f0 !"}));
+        category.setEnabled(QtCriticalMsg, false);
+        test.receive(hex("2e250105d5"));
+        LOG_ERROR() << item();
+        category.setEnabled(QtCriticalMsg, true);
+        QCOMPARE(evaluated, 0);
+        QCOMPARE(log.lines().size(), 1U);
+        QCOMPARE(test.take(), QStringList({"ff !", "notifyCanbusStatus 3", "f0 !", "f0 !"}));
 
-    category.setEnabled(QtDebugMsg, true);
-    test.receive(hex("00"));
-    LOG_DEBUG() << item();
-    LOG_ERROR() << item();
-    QCOMPARE(sPathsAsked, 1);
-    QCOMPARE(evaluated, 2);
-}
+        category.setEnabled(QtDebugMsg, true);
+        test.receive(hex("00"));
+        LOG_DEBUG() << item();
+        LOG_ERROR() << item();
+        QCOMPARE(sPathsAsked, 1);
+        QCOMPARE(evaluated, 2);
+    }
 
-void DiagnosticsTest::aChunkAsksForTheLevelOnce()
-{
-    ServiceTest test;
-    LogCapture log(false);
-    connect(&test.service, &CanServiceBase::notifyCanbusStatus, this,
-            [] { QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, true); });
-    test.receive(hex("2e250105d4 000000"));
-    QCOMPARE(log.items(), QStringList{"ID IS ERROR! 37"});
-    test.receive(hex("00"));
-    QCOMPARE(log.items().mid(1), QStringList({"\"/opt/plug-in.so\"", "\"00\"", "0"}));
-}
+    void aChunkAsksForTheLevelOnce()
+    {
+        ServiceTest test;
+        LogCapture log(false);
+        connect(&test.service, &CanServiceBase::notifyCanbusStatus, this,
+                [] { QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, true); });
+        test.receive(hex("2e250105d4 000000"));
+        QCOMPARE(log.items(), QStringList{"ID IS ERROR! 37"});
+        test.receive(hex("00"));
+        QCOMPARE(log.items().mid(1), QStringList({"\"/opt/plug-in.so\"", "\"00\"", "0"}));
+    }
+};
 
 QTEST_GUILESS_MAIN(DiagnosticsTest)
 #include "tst_diagnostics.moc"

@@ -10,91 +10,84 @@ class LazyTimerTest : public QObject
     Q_OBJECT
 
 private slots:
-    void singleShotFiresOnce();
-    void repeatsUntilStopped();
-    void restartPostpones();
-    void stopSilencesAndStartRevives();
-    void intervalMayShrink();
-    void slotMayDeleteTheTimer();
-};
-
-void LazyTimerTest::singleShotFiresOnce()
-{
-    LazyTimer timer;
-    QSignalSpy timeouts(&timer, &QTimer::timeout);
-    QCOMPARE(timer.remainingTime(), -1);
-    timer.setSingleShot(true);
-    timer.start(40);
-    QVERIFY(timer.isActive() && timer.remainingTime() <= 40);
-    QVERIFY(timeouts.wait(1000));
-    QVERIFY(!timer.isActive());
-    QCOMPARE(timer.remainingTime(), -1);
-    QVERIFY(!timeouts.wait(100));
-}
-
-void LazyTimerTest::repeatsUntilStopped()
-{
-    LazyTimer timer;
-    QSignalSpy timeouts(&timer, &QTimer::timeout);
-    QElapsedTimer clock;
-    clock.start();
-    timer.start(40);
-    QTRY_VERIFY(timeouts.size() >= 3);
-    QVERIFY(clock.elapsed() >= 114);
-    timer.stop();
-    QVERIFY(!timeouts.wait(100));
-}
-
-void LazyTimerTest::restartPostpones()
-{
-    LazyTimer timer;
-    QSignalSpy timeouts(&timer, &QTimer::timeout);
-    timer.start(100);
-    QTRY_VERIFY(timer.remainingTime() < 60);
-    QElapsedTimer clock;
-    clock.start();
-    timer.start();
-    QVERIFY(timeouts.wait(1000));
-    QVERIFY(clock.elapsed() >= 95);
-}
-
-void LazyTimerTest::stopSilencesAndStartRevives()
-{
-    LazyTimer timer;
-    QSignalSpy timeouts(&timer, &QTimer::timeout);
-    timer.start(50);
-    timer.stop();
-    QVERIFY(!timer.isActive());
-    QVERIFY(!timeouts.wait(100));
-    timer.start(); // The noted wake-up is gone.
-    QVERIFY(timeouts.wait(1000));
-    timer.stop();
-    timer.start(); // The noted wake-up is still to come.
-    QVERIFY(timeouts.wait(1000));
-}
-
-void LazyTimerTest::intervalMayShrink()
-{
-    for (const bool stopped : {false, true}) {
+    void singleShotFiresOnce()
+    {
         LazyTimer timer;
         QSignalSpy timeouts(&timer, &QTimer::timeout);
-        timer.start(60000);
-        if (stopped)
-            timer.stop();
-        timer.setInterval(40);
+        QCOMPARE(timer.remainingTime(), -1);
+        timer.setSingleShot(true);
+        timer.start(40);
+        QVERIFY(timer.isActive() && timer.remainingTime() <= 40);
+        QVERIFY(timeouts.wait(1000));
+        QVERIFY(!timer.isActive());
+        QCOMPARE(timer.remainingTime(), -1);
+        QVERIFY(!timeouts.wait(100));
+    }
+
+    void repeatsUntilStopped()
+    {
+        LazyTimer timer;
+        QSignalSpy timeouts(&timer, &QTimer::timeout);
+        QElapsedTimer clock;
+        clock.start();
+        timer.start(40);
+        QTRY_VERIFY(timeouts.size() >= 3);
+        QVERIFY(clock.elapsed() >= 114);
+        timer.stop();
+        QVERIFY(!timeouts.wait(100));
+    }
+
+    void restartPostpones()
+    {
+        LazyTimer timer;
+        QSignalSpy timeouts(&timer, &QTimer::timeout);
+        timer.start(100);
+        QTRY_VERIFY(timer.remainingTime() < 60);
+        QElapsedTimer clock;
+        clock.start();
         timer.start();
         QVERIFY(timeouts.wait(1000));
+        QVERIFY(clock.elapsed() >= 95);
     }
-}
 
-void LazyTimerTest::slotMayDeleteTheTimer()
-{
-    auto *timer = new LazyTimer;
-    QPointer<LazyTimer> watch = timer;
-    connect(timer, &QTimer::timeout, this, [timer] { delete timer; });
-    timer->start(10);
-    QTRY_VERIFY(!watch);
-}
+    void stopSilencesAndStartRevives()
+    {
+        LazyTimer timer;
+        QSignalSpy timeouts(&timer, &QTimer::timeout);
+        timer.start(50);
+        timer.stop();
+        QVERIFY(!timer.isActive());
+        QVERIFY(!timeouts.wait(100));
+        timer.start(); // The noted wake-up is gone.
+        QVERIFY(timeouts.wait(1000));
+        timer.stop();
+        timer.start(); // The noted wake-up is still to come.
+        QVERIFY(timeouts.wait(1000));
+    }
+
+    void intervalMayShrink()
+    {
+        for (const bool stopped : {false, true}) {
+            LazyTimer timer;
+            QSignalSpy timeouts(&timer, &QTimer::timeout);
+            timer.start(60000);
+            if (stopped)
+                timer.stop();
+            timer.setInterval(40);
+            timer.start();
+            QVERIFY(timeouts.wait(1000));
+        }
+    }
+
+    void slotMayDeleteTheTimer()
+    {
+        auto *timer = new LazyTimer;
+        QPointer<LazyTimer> watch = timer;
+        connect(timer, &QTimer::timeout, this, [timer] { delete timer; });
+        timer->start(10);
+        QTRY_VERIFY(!watch);
+    }
+};
 
 QTEST_GUILESS_MAIN(LazyTimerTest)
 #include "tst_lazytimer.moc"

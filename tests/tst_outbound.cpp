@@ -3,65 +3,58 @@
 #include "serviceprobe.h"
 
 using canservice::SimpleService;
-using Builder = void (*)(SimpleService &);
-Q_DECLARE_METATYPE(Builder)
+namespace {
+
+const struct
+{
+    const char *name;
+    void (*build)(SimpleService &);
+    const char *written;
+} kBuilders[] = {
+    {"start asks for the version, too", [](SimpleService &s) { s.sendStart(); },
+     "2e8101017c !, 2e900230003d !"},
+    {"stop", [](SimpleService &s) { s.sendStop(); }, "2e8101007d !"},
+    {"version request", [](SimpleService &s) { s.requestVersion(); }, "2e900230003d !"},
+    {"car select without its second argument", [](SimpleService &s) { s.sendCarSelect(5, 0xFF); },
+     "2e91010568"},
+    {"highest car index", [](SimpleService &s) { s.sendCarSelect(0xFF, 0); }, "2e9101ff6e"},
+    {"ambient setting", [](SimpleService &s) { s.sendSetSettings(4, 100); }, "2ec5020464d0 !"},
+    {"sum above 8 bits", [](SimpleService &s) { s.sendSetSettings(0xFF, 0xFF); }, "2ec502ffff3a !"},
+    {"unit setting", [](SimpleService &s) { s.sendUnitSet(0x72, 1); }, "2ec9027201c1 !"},
+};
+
+} // namespace
 
 class OutboundTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void buildersWriteFrames_data();
-    void buildersWriteFrames();
-    void checkSumIsThatOfAllBytes();
-    void payloadIsCutToWhatTheLengthCanTell();
+    void buildersWriteFrames_data() { addRows(kBuilders); }
+    void buildersWriteFrames()
+    {
+        const auto &row = currentRow(kBuilders);
+        ServiceTest test;
+        row.build(test.service);
+        QCOMPARE(test.taken(), row.written);
+    }
+
+    void checkSumIsThatOfAllBytes()
+    {
+        SimpleService service;
+        const auto sum = [&service](QByteArray bytes) { return int(service.getCheckSum(bytes)); };
+        QCOMPARE(sum(QByteArray()), 0xFF);
+        QCOMPARE(sum(hex("90023000")), 0x3D);
+        QCOMPARE(sum(hex("ffff")), 0x01);
+        QCOMPARE(sum(QByteArray(257, '\xff')), 0x00);
+    }
+
+    void payloadIsCutToWhatTheLengthCanTell()
+    {
+        const QByteArray frame = canbox::buildFrame(0xC1, QByteArray(300, '\0'));
+        QCOMPARE(frame.toHex(), (hex("2ec1ff") + QByteArray(255, '\0') + hex("3f")).toHex());
+    }
 };
-
-void OutboundTest::buildersWriteFrames_data()
-{
-    QTest::addColumn<Builder>("build");
-    QTest::addColumn<QStringList>("written");
-
-    const auto row = [](const char *name, Builder build, const QStringList &written) {
-        QTest::newRow(name) << build << written;
-    };
-    row("start asks for the version, too", [](SimpleService &s) { s.sendStart(); },
-        {"2e8101017c !", "2e900230003d !"});
-    row("stop", [](SimpleService &s) { s.sendStop(); }, {"2e8101007d !"});
-    row("version request", [](SimpleService &s) { s.requestVersion(); }, {"2e900230003d !"});
-    row("car select without its second argument",
-        [](SimpleService &s) { s.sendCarSelect(5, 0xFF); }, {"2e91010568"});
-    row("highest car index", [](SimpleService &s) { s.sendCarSelect(0xFF, 0); }, {"2e9101ff6e"});
-    row("ambient setting", [](SimpleService &s) { s.sendSetSettings(4, 100); }, {"2ec5020464d0 !"});
-    row("sum above 8 bits", [](SimpleService &s) { s.sendSetSettings(0xFF, 0xFF); },
-        {"2ec502ffff3a !"});
-    row("unit setting", [](SimpleService &s) { s.sendUnitSet(0x72, 1); }, {"2ec9027201c1 !"});
-}
-
-void OutboundTest::buildersWriteFrames()
-{
-    QFETCH(Builder, build);
-    QFETCH(QStringList, written);
-    ServiceTest test;
-    build(test.service);
-    QCOMPARE(test.take(), written);
-}
-
-void OutboundTest::checkSumIsThatOfAllBytes()
-{
-    SimpleService service;
-    const auto sum = [&service](QByteArray bytes) { return int(service.getCheckSum(bytes)); };
-    QCOMPARE(sum(QByteArray()), 0xFF);
-    QCOMPARE(sum(hex("90023000")), 0x3D);
-    QCOMPARE(sum(hex("ffff")), 0x01);
-    QCOMPARE(sum(QByteArray(257, '\xff')), 0x00);
-}
-
-void OutboundTest::payloadIsCutToWhatTheLengthCanTell()
-{
-    const QByteArray frame = canbox::buildFrame(0xC1, QByteArray(300, '\0'));
-    QCOMPARE(frame.toHex(), (hex("2ec1ff") + QByteArray(255, '\0') + hex("3f")).toHex());
-}
 
 QTEST_GUILESS_MAIN(OutboundTest)
 #include "tst_outbound.moc"

@@ -113,6 +113,7 @@ private slots:
         test.service.start();
         test.service.stop();
         test.service.start();
+        QCOMPARE(test.probe.radarData.size(), 3 * 19); // Every start adds positions.
         QCOMPARE(distances(test.service), "255 255 255 255, 1 2 3 4");
         QCOMPARE(test.dispatch(0x22, hex("0102080e00000000")), "");
     }

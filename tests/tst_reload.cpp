@@ -89,62 +89,60 @@ class ReloadTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void hostKeepsWhatItWasGiven();
-    void nothingIsLeftBehind();
+    void initTestCase()
+    {
+        QLoggingCategory::setFilterRules("default.debug=false");
+        mDevice = std::make_unique<bench::PseudoTerminal>();
+        QVERIFY2(mDevice->isPlugged(), qPrintable(mDevice->errorString()));
+        canservice::SerialPort::setDefaultDevice(mDevice->path());
+    }
+
+    // What points into an unloaded library is gone with it.
+    void hostKeepsWhatItWasGiven()
+    {
+        QSignalSpy written(canservice::SerialMonitor::instance(),
+                           &canservice::SerialMonitor::written);
+        const Keepsake kept = visit();
+        QVERIFY(!isMapped(PLUGIN_FILE));
+
+        QCOMPARE(kept.state.value("version").text(), QString("V125"));
+        QCOMPARE(kept.driving.odometer, QString("66051km"));
+        QCOMPARE(kept.driving.consumption, QString("29.9L/100km"));
+        QCOMPARE(kept.driving.speed, QString("--"));
+        QVERIFY(kept.fuel.reserved[5].isNull() && kept.other.reserved[8].isNull());
+        QCOMPARE(kept.units.texts, QStringList({"", "", "", QString::fromUtf8("°F"), "", ""}));
+        QCOMPARE(kept.units.values, QList<int>({0, 0, 0, 1, 0, 0}));
+        QCOMPARE(kept.settings.evr.reserved0, QByteArray("16777215"));
+        QCOMPARE(written.first().first().toByteArray(), hex("2e8101017c"));
+        QCOMPARE(written.at(2).first().toByteArray(), hex("ff"));
+    }
+
+    void nothingIsLeftBehind()
+    {
+        // Qt's and the system's own tables grow to their size first.
+        for (int i = 0; i < 20; ++i)
+            visit();
+        const int descriptors = openDescriptors();
+        const size_t bytes = allocatedBytes();
+        for (int i = 0; i < 1000; ++i) {
+            visit();
+            QVERIFY(!isMapped(PLUGIN_FILE));
+            QCOMPARE(openDescriptors(), descriptors);
+            QCoreApplication::processEvents();
+        }
+        const QString growth = "%1 bytes more than before 1000 visits; is GLIBC_TUNABLES="
+                               "glibc.malloc.tcache_count=0 set?";
+        QVERIFY2(allocatedBytes() < bytes + 1000, qPrintable(growth.arg(allocatedBytes() - bytes)));
+
+        // Longer than the longest of the timers of a started service but the check.
+        QSignalSpy written(canservice::SerialMonitor::instance(),
+                           &canservice::SerialMonitor::written);
+        QVERIFY(!written.wait(2200));
+    }
 
 private:
     std::unique_ptr<bench::PseudoTerminal> mDevice;
 };
-
-void ReloadTest::initTestCase()
-{
-    QLoggingCategory::setFilterRules("default.debug=false");
-    mDevice = std::make_unique<bench::PseudoTerminal>();
-    QVERIFY2(mDevice->isPlugged(), qPrintable(mDevice->errorString()));
-    canservice::SerialPort::setDefaultDevice(mDevice->path());
-}
-
-// What points into an unloaded library is gone with it.
-void ReloadTest::hostKeepsWhatItWasGiven()
-{
-    QSignalSpy written(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::written);
-    const Keepsake kept = visit();
-    QVERIFY(!isMapped(PLUGIN_FILE));
-
-    QCOMPARE(kept.state.value("version").text(), QString("V125"));
-    QCOMPARE(kept.driving.odometer, QString("66051km"));
-    QCOMPARE(kept.driving.consumption, QString("29.9L/100km"));
-    QCOMPARE(kept.driving.speed, QString("--"));
-    QVERIFY(kept.fuel.reserved[5].isNull() && kept.other.reserved[8].isNull());
-    QCOMPARE(kept.units.texts, QStringList({"", "", "", QString::fromUtf8("°F"), "", ""}));
-    QCOMPARE(kept.units.values, QList<int>({0, 0, 0, 1, 0, 0}));
-    QCOMPARE(kept.settings.evr.reserved0, QByteArray("16777215"));
-    QCOMPARE(written.first().first().toByteArray(), hex("2e8101017c"));
-    QCOMPARE(written.at(2).first().toByteArray(), hex("ff"));
-}
-
-void ReloadTest::nothingIsLeftBehind()
-{
-    // Qt's and the system's own tables grow to their size first.
-    for (int i = 0; i < 20; ++i)
-        visit();
-    const int descriptors = openDescriptors();
-    const size_t bytes = allocatedBytes();
-    for (int i = 0; i < 1000; ++i) {
-        visit();
-        QVERIFY(!isMapped(PLUGIN_FILE));
-        QCOMPARE(openDescriptors(), descriptors);
-        QCoreApplication::processEvents();
-    }
-    const QString growth = "%1 bytes more than before 1000 visits; is GLIBC_TUNABLES="
-                           "glibc.malloc.tcache_count=0 set?";
-    QVERIFY2(allocatedBytes() < bytes + 1000, qPrintable(growth.arg(allocatedBytes() - bytes)));
-
-    // Longer than the longest of the timers of a started service but the check.
-    QSignalSpy written(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::written);
-    QVERIFY(!written.wait(2200));
-}
 
 QTEST_GUILESS_MAIN(ReloadTest)
 #include "tst_reload.moc"
