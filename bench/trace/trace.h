@@ -39,7 +39,8 @@ public:
 
     /// \returns false at the end and at the first error, which problem() tells then.
     bool next(TraceLine *line);
-    /// Back to the first line, with all being well. \returns false for a file that cannot go back, such as a pipe.
+    /// Back to the first line, with all being well. \returns false for a file that cannot go back,
+    /// such as a pipe.
     bool rewind();
 
     /// `FILE:LINE: ...`; empty while all is well.
