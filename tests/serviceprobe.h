@@ -17,35 +17,26 @@ namespace canservice {
 /// The parser and the timers of a service.
 class ServiceProbe
 {
+    SimpleService &mService;
+
 public:
     explicit ServiceProbe(SimpleService &service)
-        : parseState(service.mParseState)
-        , recvPayload(service.mRecvPayload)
-        , noAnswerCount(service.mNoAnswerCount)
-        , checkConnect(service.mCheckConnectTmr)
-        , requestConnect(service.mRequestConnectTmr)
-        , send(service.mSendTmr)
-        , cartype(service.mCartypeTmr)
-        , longPress(service.mLongPressTmr)
-        , parseOut(service.mParseOutTmr)
-        , acKey(service.mAcKey)
-        , currentKey(service.mCurrentKey)
-        , radarData(service.mRadarData)
+        : mService(service)
     {
     }
 
-    const int &parseState;
-    const QByteArray &recvPayload;
-    const int &noAnswerCount;
-    LazyTimer &checkConnect;
-    QTimer &requestConnect;
-    QTimer &send;
-    QTimer &cartype;
-    LazyTimer &longPress;
-    LazyTimer &parseOut;
-    const int &acKey;
-    const int &currentKey;
-    const QByteArray &radarData;
+    const int &parseState = mService.mParseState;
+    const QByteArray &recvPayload = mService.mRecvPayload;
+    const int &noAnswerCount = mService.mNoAnswerCount;
+    LazyTimer &checkConnect = mService.mCheckConnectTmr;
+    QTimer &requestConnect = mService.mRequestConnectTmr;
+    QTimer &send = mService.mSendTmr;
+    QTimer &cartype = mService.mCartypeTmr;
+    LazyTimer &longPress = mService.mLongPressTmr;
+    LazyTimer &parseOut = mService.mParseOutTmr;
+    const int &acKey = mService.mAcKey;
+    const int &currentKey = mService.mCurrentKey;
+    const QByteArray &radarData = mService.mRadarData;
 };
 
 } // namespace canservice

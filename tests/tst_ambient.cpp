@@ -34,11 +34,8 @@ const Case kKeys[] = {
     {"down from beyond", "06ff 4 -1", "2ec50206fa38 !"},
     {"no step", "0632 4 0", ""},
     {"two steps up", "0632 4 2", ""},
-    {"two steps down", "0632 4 -2", ""},
     {"a colour keeps a level beyond", "02ff 5 0", "2ec50206ff33 !"},
     {"key 0", "0632 0 1", ""},
-    {"key 6", "0632 6 1", ""},
-    {"key -1", "0632 -1 1", ""},
     {"key 260 is not key 4", "0632 260 1", ""},
 };
 
@@ -107,8 +104,6 @@ private slots:
             QCOMPARE(test.dispatch(0x61, payload), "sigAmbientChanged");
             QCOMPARE(ambientOf(test), level == 4 ? "3 0" : level == 99 ? "3 19" : "3 51");
         }
-        test.service.start();
-        QCOMPARE(ambientOf(test), "0 0");
     }
 
     // The record's defaults are 255: the level is sent in 8 bits, the colour is in no palette.
@@ -122,13 +117,10 @@ private slots:
         test.service.sendCarSettingKey(5, 7);
         QCOMPARE(test.taken(), "2ec50200f642 !, 2ec50200fb3d !");
         test.service.start();
+        QCOMPARE(ambientOf(test), "0 0");
         test.take();
         test.service.sendCarSettingKey(4, 1);
         QCOMPARE(test.taken(), "2ec50205052e !");
-
-        const CarSettingData data = test.service.getCarSettingData();
-        QCOMPARE(data.evr.reserved0, "16777215");
-        QCOMPARE(data.ambient.reserved0 + data.ambient.reserved3[1] + data.evr.reserved3, 3);
     }
 };
 

@@ -161,9 +161,6 @@ private slots:
         QCOMPARE(units.texts, QStringList({"", "", "", "", "", ""}));
         for (const QString &unit : units.texts)
             QVERIFY(!unit.isNull());
-
-        QCOMPARE(text(CarSettingData()), QString("1 255 255 1 1 16777215 255 1 1 1 1"));
-        QCOMPARE(text(GPSTimePacket()), QString("0 0 1 0 0 1 1"));
     }
 
     void castsByName()

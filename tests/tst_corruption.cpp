@@ -1,49 +1,69 @@
-// No corrupt frame is taken: each byte of a frame of each type is replaced by every other value.
-// The single-bit flips are among them.
+// No corrupt frame is taken: each byte of a frame of each type is replaced by every other value,
+// the single-bit flips among them, and payloads have every other length.
 #include "serviceprobe.h"
 
 #include "getters.h"
+
+namespace {
+
+// The handler, a frame and its effect, and another payload, which leads to another state. No length
+// byte below the true one finds its checksum by chance, and the head's value occurs as head alone:
+// what follows a broken frame is noise.
+const struct
+{
+    const char *name, *frame, *effect, *other;
+} kFrames[] = {
+    {"doSwc", "2e20020501d7", "keyEvent 5 0 true", "0700"},
+    {"doClimate", "2e210ac8852930a8000000620024", "acStatusChanged", "2001303180000900120f"},
+    {"doRearRadar", "2e2208141a001f0000000088", "sigRadarChanged", "0e08020100000000"},
+    {"doFontRadar", "2e23080102080e00000000bb", "sigRadarChanged", "0e08020100000000"},
+    {"doCarBasicInfor", "2e2407a80000000000002c", "doorChanged", "08000000000000"},
+    {"doSettingStatus", "2e2802720162", "unitDataChanged", "7200"},
+    {"doAmbientLight", "2e6102053c5b", "sigAmbientChanged", "0332"},
+    {"doCarInformationData1", "2e631201020303e7955501020304000000001207008d",
+     "drivingDataChanged, drivingDataChanged, drivingDataChanged, tireDataChanged, tireAlert",
+     "000002000304000506070800000000210100"},
+    {"doCarInformationData2", "2e6905fe000000ff94", "drivingDataChanged, batteryVoltageChange",
+     "3100000041"},
+};
+
+const QString kTaken("ff !, notifyCanbusStatus 3");
+
+// What frames leave behind.
+struct State
+{
+    explicit State(ServiceTest &test)
+        : shown(test.service)
+        , key(test.probe.currentKey)
+    {
+    }
+    bool operator==(const State &other) const
+    {
+        return shown.changesSince(other.shown).isEmpty() && key == other.key;
+    }
+
+    const bench::Snapshot shown;
+    const int key;
+};
+
+} // namespace
 
 class CorruptionTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    // A line per byte would be the most of the test.
-    void initTestCase() { QLoggingCategory::setFilterRules("default*=false"); }
-    // No length byte below the true one finds its checksum by chance, and the head's value occurs
-    // as head alone: what follows a broken frame is noise.
-    void replacedByteChangesNothing_data()
-    {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<QString>("effect");
-        QTest::newRow("steering-wheel key") << hex("2e20020501d7") << "keyEvent 5 0 true";
-        QTest::newRow("climate") << hex("2e210ac8852930a8000000620024") << "acStatusChanged";
-        QTest::newRow("rear radar") << hex("2e2208141a001f0000000088") << "sigRadarChanged";
-        QTest::newRow("front radar") << hex("2e23080102080e00000000bb") << "sigRadarChanged";
-        QTest::newRow("doors") << hex("2e2407a80000000000002c") << "doorChanged";
-        QTest::newRow("unit settings") << hex("2e2802720162") << "unitDataChanged";
-        QTest::newRow("version") << hex("2e30055631323500dc")
-                                 << "sigVersionData,notifyCanbusStatus 3";
-        QTest::newRow("ambient light") << hex("2e6102053c5b") << "sigAmbientChanged";
-        QTest::newRow("vehicle information 1")
-            << hex("2e631201020303e7955501020304000000001207008d")
-            << "drivingDataChanged,drivingDataChanged,drivingDataChanged,tireDataChanged,tireAlert";
-        QTest::newRow("vehicle information 2")
-            << hex("2e6905fe000000ff94") << "drivingDataChanged,batteryVoltageChange";
-    }
+    void replacedByteChangesNothing_data() { addRows(kFrames); }
     void replacedByteChangesNothing()
     {
-        QFETCH(QByteArray, frame);
-        QFETCH(QString, effect);
+        const QByteArray frame = hex(currentRow(kFrames).frame);
         constexpr int kLengthAt = 2;
         const quint8 length = canbox::byteAt(frame, kLengthAt);
-
+        const LogCapture silence(false);
         ServiceTest test;
         test.service.start();
         test.take();
-        const bench::Snapshot before(test.service);
-        const int keyBefore = test.probe.currentKey;
+        const State before(test);
 
         for (int place = 0; place < frame.size(); ++place) {
             for (int value = 0; value < 256; ++value) {
@@ -57,33 +77,56 @@ private slots:
                 // not come; anything else is a wrong checksum.
                 const bool noise = place == 0;
                 const bool open = place == kLengthAt && (value == 0 || value > length);
-                const QStringList receipt = noise || open ? QStringList() : QStringList("f0 !");
                 const QByteArray what =
                     "byte " + QByteArray::number(place) + " as " + QByteArray::number(value);
-                QVERIFY2(test.take() == receipt, what);
+                QVERIFY2(test.taken() == (noise || open ? "" : "f0 !"), what);
                 QVERIFY2((test.probe.parseState != 0) == open, what);
-                QVERIFY2(bench::Snapshot(test.service).changesSince(before).isEmpty(), what);
-                QVERIFY2(test.probe.currentKey == keyBefore, what);
+                QVERIFY2(State(test) == before, what);
                 test.timeout("onmParseOutTmrout");
             }
         }
 
         test.receive(frame);
-        QCOMPARE(test.take().join(','), "ff !,notifyCanbusStatus 3," + effect);
-        QVERIFY(!bench::Snapshot(test.service).changesSince(before).isEmpty() ||
-                test.probe.currentKey != keyBefore);
+        QCOMPARE(test.taken(), kTaken + ", " + currentRow(kFrames).effect);
+        QVERIFY(!(State(test) == before));
+    }
+
+    void wrongLengthChangesNothing_data() { addRows(kFrames); }
+    void wrongLengthChangesNothing()
+    {
+        const auto &row = currentRow(kFrames);
+        const auto type = canbox::byteAt(hex(row.frame), 1);
+        const QByteArray other = hex(row.other);
+        ServiceTest test;
+        test.receive(hex(row.frame));
+        test.take();
+        const State before(test);
+        for (const QByteArray &payload : {other.chopped(1), other + '\0', other + other,
+                                          QByteArray(1, '\0'), QByteArray(255, '\x55')}) {
+            const LogCapture log(false);
+            test.receive(canbox::buildFrame(type, payload));
+            QCOMPARE(test.taken(), kTaken);
+            QVERIFY(State(test) == before);
+            QCOMPARE(log.items(), QStringList("")); // One line, without a word.
+            const LogCapture::Line &line = log.lines().front();
+            QVERIFY(line.type == QtCriticalMsg && line.text.startsWith("[ERR] "));
+            QVERIFY(line.function.contains(QByteArray("SimpleService::") + row.name + '('));
+        }
+        // The payload would have made a difference, had it been taken.
+        test.receive(canbox::buildFrame(type, other));
+        QVERIFY(!(State(test) == before));
     }
 
     void whatTheSumCannotSeeIsLeftToTheHandlers()
     {
         ServiceTest test;
-        const bench::Snapshot before(test.service);
+        const State before(test);
 
         // Length 18 arrives as 13, and the byte after the 13th happens to be the sum: the frame
         // counts as good, and its length alone keeps it out.
         test.receive(hex("2e630d01020303e795000102030400000000120700e2"));
-        QCOMPARE(test.take(), QStringList({"ff !", "notifyCanbusStatus 3"}));
-        QVERIFY(bench::Snapshot(test.service).changesSince(before).isEmpty());
+        QCOMPARE(test.taken(), kTaken);
+        QVERIFY(State(test) == before);
 
         // Two errors that cancel out, here two bytes that changed places, are beyond any sum.
         test.receive(hex("2e6102053c5b"));

