@@ -181,9 +181,9 @@ void SerialPort::onError()
     if (!mDevice.isOpen() || mDevice.error() == QSerialPort::NoError)
         return;
     // A terminal that has hung up says so for ever: no event may reach it any more.
-    const QString reason = mDevice.errorString();
     mDevice.close();
-    reportFailure(QStringLiteral("disconnected (%1); plug it in again").arg(reason));
+    // What the system says of a read from a device that is gone would only mislead.
+    reportFailure(QStringLiteral("disconnected; plug it in again"));
 }
 
 void SerialPort::reportFailure(const QString &reason)
