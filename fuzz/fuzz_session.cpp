@@ -92,10 +92,16 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
     prepareProcess(false);
     static FrozenClock clock;
     static bench::PseudoTerminal device;
+    static bool open = false;
+    static const auto watch =
+        QObject::connect(canservice::SerialMonitor::instance(),
+                         &canservice::SerialMonitor::connectionChanged, [](bool on) { open = on; });
     qApp->installEventFilter(&clock);
 
     FuzzedDataProvider data(bytes, size);
-    // Opening a device takes as long as fifty lives without one.
+    // Opening a device takes as long as fifty lives without one. It may fail: another program may
+    // hold the lock of a device that had this one's number.
+    open = false;
     const bool onDevice = data.ConsumeIntegralInRange(0, 15) == 15;
     canservice::SerialPort::setDefaultDevice(onDevice ? device.path() : QString());
 
@@ -120,7 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
         case 1:
         case 2:
         case 3:
-            session->receive(onDevice && device.isPlugged() ? &device : nullptr, chunk());
+            session->receive(open && device.isPlugged() ? &device : nullptr, chunk());
             break;
         case 4:
         case 5:
@@ -130,7 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
             session->both.call(data);
             break;
         case 7:
-            if (onDevice && device.isPlugged())
+            if (open && device.isPlugged())
                 session->unplug(device, data.ConsumeBool());
             break;
         case 8:
