@@ -6,20 +6,16 @@ using canservice::SimpleService;
 namespace {
 
 // The flags that are set, a letter each: power off, air conditioning, inside air, automatic, dual,
-// rear defrost, rear climate, front defrost, wheel heat, maximum, and X for those that no frame
-// sets. Then wind mode and scale, heat and ventilation of the left and of the right seat.
+// rear defrost, rear climate, front defrost, wheel heat, maximum. Then wind mode and scale, heat
+// and ventilation of the left and of the right seat.
 QString climateOf(SimpleService &s)
 {
-    const bool flags[] = {
-        s.isPowerOff(),     s.isAc(),          s.isInside(),       s.isAuto(),      s.isDual(),
-        s.isRearDefrost(),  s.isRearClimate(), s.isFrontDefrost(), s.isAcSwcHeat(), s.isAcMax(),
-        s.isPowerOffRear(), s.isAcGlassHeat(), s.isAirCareActive()};
+    const bool flags[] = {s.isPowerOff(),  s.isAc(),          s.isInside(),      s.isAuto(),
+                          s.isDual(),      s.isRearDefrost(), s.isRearClimate(), s.isFrontDefrost(),
+                          s.isAcSwcHeat(), s.isAcMax()};
     QString text;
     for (std::size_t i = 0; i < std::size(flags); ++i)
-        text += flags[i] ? QString("paiudrcfwmXXX"[i]) : QString();
-    if (s.getAirConProfile() != 0 || s.getAcRearLeftHeat() != 0 || s.getAcRearRightHeat() != 0 ||
-        s.getAcWindModeRear() != 0 || s.getAcWindScaleRear() != 0)
-        text += 'X';
+        text += flags[i] ? QString("paiudrcfwm"[i]) : QString();
     return text + QString::asprintf(" %d %d %d%d %d%d", s.getAcWindMode(), s.getAcWindScale(),
                                     s.getAcFrontLeftHeat(), s.getLeftVentilation(),
                                     s.getAcFrontRightHeat(), s.getRightVentilation());
@@ -51,13 +47,12 @@ const Case kFrames[] = {
 
 // The code, and its temperature in Celsius and in Fahrenheit.
 const Case kTemperatures[] = {
-    {"lowest", "00", "-100 -100"},       {"above lowest", "01", "-1 -1"},
-    {"below first", "1e", "-1 -1"},      {"first", "1f", "15.5 59.9000015"},
-    {"second", "20", "16 60.7999992"},   {"in the middle", "2d", "22.5 72.5"},
-    {"one more", "2e", "23 73.4000015"}, {"last", "3b", "29.5 85.0999985"},
-    {"above last", "3c", "-1 -1"},       {"below highest", "7e", "-1 -1"},
-    {"highest", "7f", "-101 -101"},      {"above highest", "80", "-1 -1"},
-    {"below none", "fe", "-1 -1"},       {"none", "ff", "-1 -1"},
+    {"lowest", "00", "-100 -100"},        {"above lowest", "01", "-1 -1"},
+    {"below first", "1e", "-1 -1"},       {"first", "1f", "15.5 59.9000015"},
+    {"in the middle", "2d", "22.5 72.5"}, {"one more", "2e", "23 73.4000015"},
+    {"last", "3b", "29.5 85.0999985"},    {"above last", "3c", "-1 -1"},
+    {"below highest", "7e", "-1 -1"},     {"highest", "7f", "-101 -101"},
+    {"above highest", "80", "-1 -1"},     {"none", "ff", "-1 -1"},
 };
 
 } // namespace
@@ -112,7 +107,6 @@ private slots:
             const QString unit = fahrenheit ? "\u00B0F" : "\u00B0C";
             QCOMPARE(test.service.getAcTemperatureUnit(), unit);
             QCOMPARE(test.service.getAcRightTemperatureUnit(), unit);
-            QCOMPARE(test.service.getAcRearTemperature(), 0.0F);
         }
     }
 

@@ -116,24 +116,6 @@ private slots:
         test.receive(canbox::buildFrame(type, other));
         QVERIFY(!(State(test) == before));
     }
-
-    void whatTheSumCannotSeeIsLeftToTheHandlers()
-    {
-        ServiceTest test;
-        const State before(test);
-
-        // Length 18 arrives as 13, and the byte after the 13th happens to be the sum: the frame
-        // counts as good, and its length alone keeps it out.
-        test.receive(hex("2e630d01020303e795000102030400000000120700e2"));
-        QCOMPARE(test.taken(), kTaken);
-        QVERIFY(State(test) == before);
-
-        // Two errors that cancel out, here two bytes that changed places, are beyond any sum.
-        test.receive(hex("2e6102053c5b"));
-        test.receive(hex("2e61023c055b"));
-        QCOMPARE(test.take().count("ff !"), 2);
-        QCOMPARE(int(test.service.getCarSettingData().ambient.level), 1);
-    }
 };
 
 QTEST_GUILESS_MAIN(CorruptionTest)

@@ -28,12 +28,12 @@ const struct
     void (*happening)(ServiceTest &);
     QStringList lines;
 } kLines[] = {
-    {"numbers",
-     [](ServiceTest &t) { t.timeout("onCartypeConnect"); },
-     {"[DBG] onCartypeConnect()-- 4660 52"}},
-    {"words",
-     [](ServiceTest &t) { t.service.start(); },
-     {"[DBG] start()-- Start Varne_Ford", "[DBG] requestVersion()-- reques varne_Ford Version"}},
+    {"words and numbers",
+     [](ServiceTest &t) {
+         t.service.requestVersion();
+         t.timeout("onCartypeConnect");
+     },
+     {"[DBG] requestVersion()-- reques varne_Ford Version", "[DBG] onCartypeConnect()-- 4660 52"}},
     {"texts and bytes are quoted",
      [](ServiceTest &t) { t.receive(hex("2e3002563146")); },
      {"[DBG] onDataReady(QByteArray)-- \"/opt/plug-in.so\"",
@@ -42,23 +42,13 @@ const struct
       "[DBG] onDataReady(QByteArray)-- 4", "[DBG] onDataReady(QByteArray)-- 4",
       "[DBG] onDataReady(QByteArray)-- 5", "[DBG] dispatchEvent(int, QByteArray&)-- 48 \"5631\"",
       "[DBG] doVersion(int, QByteArray&)-- \"V1\"", "[DBG] doVersion(int, QByteArray&)-- 0"}},
-    {"a frame that stayed open, one that is damaged",
+    {"an error without words",
      [](ServiceTest &t) {
+         QByteArray payload;
          t.timeout("onmParseOutTmrout");
-         QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, false);
-         t.receive(hex("2e250105d5"));
-     },
-     {"[DBG] onmParseOutTmrout()-- parse out!!! 0",
-      "[ERR] onDataReady(QByteArray)-- checksum err!"}},
-    {"an unknown data type, and a wrong length without words",
-     [](ServiceTest &t) {
-         QByteArray payload = hex("05");
-         t.service.dispatchEvent(0x25, payload);
          t.service.doPanelKey(0, payload);
      },
-     {"[DBG] dispatchEvent(int, QByteArray&)-- 37 \"05\"",
-      "[DBG] dispatchEvent(int, QByteArray&)-- ID IS ERROR! 37",
-      "[ERR] doPanelKey(int, QByteArray&)--"}},
+     {"[DBG] onmParseOutTmrout()-- parse out!!! 0", "[ERR] doPanelKey(int, QByteArray&)--"}},
 };
 
 } // namespace

@@ -5,6 +5,15 @@
 #include <QSignalSpy>
 #include <QTest>
 
+namespace {
+
+struct Timer : LazyTimer
+{
+    QSignalSpy timeouts{this, &QTimer::timeout};
+};
+
+} // namespace
+
 class LazyTimerTest : public QObject
 {
     Q_OBJECT
@@ -12,70 +21,65 @@ class LazyTimerTest : public QObject
 private slots:
     void singleShotFiresOnce()
     {
-        LazyTimer timer;
-        QSignalSpy timeouts(&timer, &QTimer::timeout);
+        Timer timer;
         QCOMPARE(timer.remainingTime(), -1);
         timer.setSingleShot(true);
         timer.start(40);
         QVERIFY(timer.isActive() && timer.remainingTime() <= 40);
-        QVERIFY(timeouts.wait(1000));
+        QVERIFY(timer.timeouts.wait(1000));
         QVERIFY(!timer.isActive());
         QCOMPARE(timer.remainingTime(), -1);
-        QVERIFY(!timeouts.wait(100));
+        QVERIFY(!timer.timeouts.wait(100));
     }
 
     void repeatsUntilStopped()
     {
-        LazyTimer timer;
-        QSignalSpy timeouts(&timer, &QTimer::timeout);
+        Timer timer;
         QElapsedTimer clock;
         clock.start();
         timer.start(40);
-        QTRY_VERIFY(timeouts.size() >= 3);
+        QTRY_VERIFY(timer.timeouts.size() >= 3);
         QVERIFY(clock.elapsed() >= 114);
         timer.stop();
-        QVERIFY(!timeouts.wait(100));
+        QVERIFY(!timer.timeouts.wait(100));
     }
 
     void restartPostpones()
     {
-        LazyTimer timer;
-        QSignalSpy timeouts(&timer, &QTimer::timeout);
+        Timer timer;
         timer.start(100);
         QTRY_VERIFY(timer.remainingTime() < 60);
         QElapsedTimer clock;
         clock.start();
         timer.start();
-        QVERIFY(timeouts.wait(1000));
+        QVERIFY(timer.timeouts.wait(1000));
         QVERIFY(clock.elapsed() >= 95);
     }
 
     void stopSilencesAndStartRevives()
     {
-        LazyTimer timer;
-        QSignalSpy timeouts(&timer, &QTimer::timeout);
+        Timer timer;
         timer.start(50);
         timer.stop();
         QVERIFY(!timer.isActive());
-        QVERIFY(!timeouts.wait(100));
+        QVERIFY(!timer.timeouts.wait(100));
         timer.start(); // The noted wake-up is gone.
-        QVERIFY(timeouts.wait(1000));
+        QVERIFY(timer.timeouts.wait(1000));
         timer.stop();
         timer.start(); // The noted wake-up is still to come.
-        QVERIFY(timeouts.wait(1000));
+        QVERIFY(timer.timeouts.wait(1000));
     }
 
     void intervalMayShrink()
     {
         for (const bool stopped : {false, true}) {
-            LazyTimer timer;
-            QSignalSpy timeouts(&timer, &QTimer::timeout);
+            Timer timer;
             timer.start(60000);
             if (stopped)
                 timer.stop();
             timer.setInterval(40);
             timer.start();
-            QVERIFY(timeouts.wait(1000));
+            QVERIFY(timer.timeouts.wait(1000));
         }
     }
 

@@ -8,19 +8,14 @@ namespace {
 constexpr int kOneCode = 5;  // A model whose frames carry a code per sensor,
 constexpr int kTwoCodes = 1; // and one with two.
 
-// Front, then rear, from left to right; and the sides when they say anything.
+// Front, then rear, from left to right.
 QString distances(SimpleService &s)
 {
-    const int sides[] = {s.getLeftRadarFrontDistance(),       s.getLeftRadarMiddleFrontDistance(),
-                         s.getLeftRadarMiddleRearDistance(),  s.getLeftRadarRearDistance(),
-                         s.getRightRadarFrontDistance(),      s.getRightRadarMiddleFrontDistance(),
-                         s.getRightRadarMiddleRearDistance(), s.getRightRadarRearDistance()};
     return QString::asprintf("%d %d %d %d, %d %d %d %d", s.getFrontRadarLeftDistance(),
                              s.getFrontRadarMiddleLeftDistance(),
                              s.getFrontRadarMiddleRightDistance(), s.getFrontRadarRightDistance(),
                              s.getRearRadarLeftDistance(), s.getRearRadarMiddleLeftDistance(),
-                             s.getRearRadarMiddleRightDistance(), s.getRearRadarRightDistance()) +
-           (std::count(std::begin(sides), std::end(sides), 255) == 8 ? "" : ", sides");
+                             s.getRearRadarMiddleRightDistance(), s.getRearRadarRightDistance());
 }
 
 const QString kNothing("255 255 255 255");
@@ -32,14 +27,8 @@ const Case kPayloads[] = {
     {"codes that nobody reads", "5 0000000001010101", "255 255 255 255, 255 255 255 255"},
     {"nothing beats an obstacle", "1 010207081a1f2000", "7 1 2 255, 7 1 2 255"},
     {"codes are unsigned", "1 8019ff01fe80031f", "255 5 1 2, 2 5 1 7"},
-    {"pair of byte 0", "1 01191f1f1f1f1f1f", "7 1 7 7, 7 1 7 7"},
-    {"pair of byte 1", "1 19011f1f1f1f1f1f", "7 1 7 7, 7 1 7 7"},
-    {"pair of byte 2", "1 1f1f01191f1f1f1f", "7 7 1 7, 7 7 1 7"},
-    {"pair of byte 3", "1 1f1f19011f1f1f1f", "7 7 1 7, 7 7 1 7"},
-    {"pair of byte 4", "1 1f1f1f1f011f1f1f", "1 7 7 7, 7 7 7 1"},
-    {"pair of byte 5", "1 1f1f1f1f1f011f1f", "1 7 7 7, 1 7 7 7"},
-    {"pair of byte 6", "1 1f1f1f1f1f1f011f", "7 7 7 1, 1 7 7 7"},
-    {"pair of byte 7", "1 1f1f1f1f1f1f1f01", "7 7 7 1, 7 7 7 1"},
+    {"pairs, the nearer ones in even bytes", "1 0119021908190e19", "3 1 2 4, 4 1 2 3"},
+    {"pairs, the nearer ones in odd bytes", "1 190119021908190e", "3 1 2 4, 3 1 2 4"},
 };
 
 } // namespace

@@ -107,11 +107,9 @@ private slots:
 
         QCOMPARE(kept.state.value("version").text(), QString("V125"));
         QCOMPARE(kept.driving.odometer, QString("66051km"));
-        QCOMPARE(kept.driving.consumption, QString("29.9L/100km"));
         QCOMPARE(kept.driving.speed, QString("--"));
         QVERIFY(kept.fuel.reserved[5].isNull() && kept.other.reserved[8].isNull());
         QCOMPARE(kept.units.texts, QStringList({"", "", "", QString::fromUtf8("°F"), "", ""}));
-        QCOMPARE(kept.units.values, QList<int>({0, 0, 0, 1, 0, 0}));
         QCOMPARE(kept.settings.evr.reserved0, QByteArray("16777215"));
         QCOMPARE(written.first().first().toByteArray(), hex("2e8101017c"));
         QCOMPARE(written.at(2).first().toByteArray(), hex("ff"));

@@ -21,6 +21,8 @@ const struct
     {"a car value with a slip", "set drive.sped 3", 5, "did you mean 'drive.speed'"},
     {"a word that the value does not have", "set door.rear ajar", 15, "possible: closed, open"},
     {"a number out of range", "set climate.left 40", 18, "15.5 to 29.5"},
+    {"a number that is none of a value", "set climate.left nan", 18, "15.5 to 29.5"},
+    {"a number beyond all", "set climate.left 1e300", 18, "15.5 to 29.5"},
     {"a value that is missing", "set climate.left  # 20", 17, "the line ends where 15.5 to"},
     {"a missing word", "ramp drive.speed 5 over 1s", 18, "'5' is where 'to' belongs"},
     {"a time without unit", "wait 200", 6, "'200' is not a time"},
@@ -32,7 +34,6 @@ const struct
     {"an operator for a name", "expect == 3", 8, "'==' is where the name of a getter belongs"},
     {"a getter with a slip", "expect climat.left == 3", 8, "did you mean 'climate.left'"},
     {"an assignment for a comparison", "expect link = 3", 13, "'=' is not =="},
-    {"a quoted comparison", "expect link \"==\" 3", 13, "belongs"},
     {"a text for a number", "expect link == up", 16, "link is a number, and 'up' is none"},
     {"a number that is none", "expect link > nan", 15, "link is a number, and 'nan' is none"},
     {"an order of texts", "expect cluster.clock < 3", 24, "compare it by == or !="},
@@ -45,7 +46,6 @@ const struct
     {"a call before the start", "call unit pressure", 1, "'start' it before"},
     {"a plug that is in", "plug", 1, "'unplug' it before"},
     {"an unknown operation", "start\ncall clok 2025-01-01 10:00", 6, "did you mean 'clock'"},
-    {"an unknown climate key", "start\ncall climate_key fanup", 18, "did you mean 'fan_up'"},
     {"a day that is not in the calendar", "start\ncall clock 2025-02-30 10:00", 12, "a date"},
     {"a fault with a slip", "fault bitflip", 7, "did you mean 'bit-flip'"},
     {"a fault that is more than certain", "fault drop rate 101%", 17, "0% to 100%"},
@@ -79,8 +79,6 @@ const struct
     {"all expectations are met", "set door.rear open\nexpect door.rear == true within 2s\n", 0, ""},
     {"a value is another", "expect climate.left == 22 within 50ms\n", 3,
      ":3: expected climate.left == 22 within 50ms, but it is 21.5 \u00B0C"},
-    {"a value is another now", "expect cluster.clock != \"\"", 3,
-     ":3: expected cluster.clock != \"\", but it is \"\""},
     {"a signal does not come, another does",
      "wait 500ms\npress 5\nexpect signal keyEvent(5, 3, true) within 20ms\n", 3,
      ":5: expected keyEvent(5, 3, true) within 20ms, but there was keyEvent(5, 0, true), "
@@ -92,10 +90,10 @@ const struct
      "wait 500ms\nset door.rear open\nexpect signal doorChanged\n"
      "expect signal doorChanged within 50ms\n",
      3, ":6: expected doorChanged within 50ms, but there was no signal at all"},
-    {"a mistake in the last line", "wait", 2,
-     ":3:5: the line ends where a time (200ms, 1.5s, 2min) belongs"},
     {"a getter of another type", "expect climate.ac == 1", 2,
      ":3:22: climate.ac is a switch; compare it by == or != with true or false"},
+    {"a mistake in the last line", "wait", 2,
+     ":3:5: the line ends where a time (200ms, 1.5s, 2min) belongs"},
 };
 
 } // namespace
