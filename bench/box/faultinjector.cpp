@@ -19,8 +19,8 @@ constexpr int kStall = 1000;           // ms
 constexpr int kUnplugged = 1000;       // ms
 constexpr double kOpenFrameTime = 0.5; // s that the host waits for the rest of a frame
 
-// Frames that may be on their way at once, with room to spare.
-constexpr int kRememberedFrames = 512;
+// Frames that may be on their way at once at the highest speed, with room to spare.
+constexpr int kRememberedFrames = 4096;
 
 struct ReportSize
 {
@@ -87,10 +87,7 @@ bool FaultInjector::isDue(Fault fault)
 // The line is idle when a frame begins, so the frame's first byte is the next to pass.
 QByteArray FaultInjector::onFrame(const QByteArray &frame)
 {
-    mSent.append(frame);
-    if (mSent.size() > kRememberedFrames)
-        mSent.removeFirst();
-
+    remember(frame);
     QByteArray before;
     QByteArray damaged = frame;
     for (int i = 0; i < kFaultCount; ++i) {
@@ -103,6 +100,17 @@ QByteArray FaultInjector::onFrame(const QByteArray &frame)
         act(fault, before.size() + damaged.size());
     }
     return mSilences > 0 ? QByteArray() : before + damaged;
+}
+
+void FaultInjector::remember(const QByteArray &frame)
+{
+    mSent.enqueue(frame);
+    ++mTimesSent[frame];
+    if (mSent.size() <= kRememberedFrames)
+        return;
+    const auto oldest = mTimesSent.find(mSent.dequeue());
+    if (--*oldest == 0)
+        mTimesSent.erase(oldest);
 }
 
 void FaultInjector::act(Fault fault, int frameSize)
@@ -219,7 +227,7 @@ void FaultInjector::check(quint8 dataType, const QByteArray &payload)
     if (!isReport(dataType, payload.size()))
         return;
     ++mChecked;
-    if (!mSent.contains(canbox::buildFrame(dataType, payload)))
+    if (!mTimesSent.contains(canbox::buildFrame(dataType, payload)))
         ++mUnseen;
 }
 

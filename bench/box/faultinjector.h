@@ -4,6 +4,9 @@
 #include "faults.h"
 #include "session.h"
 
+#include <QHash>
+#include <QQueue>
+
 namespace bench {
 
 /// Faults of the embedded box, its line and its cable. The bytes depend on the frames, the plan and
@@ -42,6 +45,7 @@ private:
     QByteArray onFrame(const QByteArray &frame);
     QByteArray onChunk(const QByteArray &bytes);
     bool isDue(Fault fault);
+    void remember(const QByteArray &frame);
     void act(Fault fault, int frameSize);
     void silence(int milliseconds);
     void endLater(int milliseconds, std::function<void()> end);
@@ -66,8 +70,9 @@ private:
 
     FrameReader mReader;   ///< Of what reaches the host.
     double mGiveUpAt = -1; ///< When the host gives up an open frame, in seconds; -1 for no frame.
-    bool mSwallowing = false; ///< After a frame of length 0, until the host gives it up.
-    QList<QByteArray> mSent;  ///< The latest frames of the box.
+    bool mSwallowing = false;          ///< After a frame of length 0, until the host gives it up.
+    QQueue<QByteArray> mSent;          ///< The latest frames of the box.
+    QHash<QByteArray, int> mTimesSent; ///< How often each is among them.
     qint64 mChecked = 0;
     qint64 mUnseen = 0;
 };

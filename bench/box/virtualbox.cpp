@@ -1,7 +1,5 @@
 #include "virtualbox.h"
 
-#include <algorithm>
-
 namespace bench {
 
 using canbox::Inbound;
@@ -26,7 +24,7 @@ VirtualBox::VirtualBox(VirtualCar *car, QObject *parent)
 {
     mClock.start();
     mChangeTmr.setSingleShot(true);
-    connect(&mChangeTmr, &QTimer::timeout, this, &VirtualBox::reportChanges);
+    connect(&mChangeTmr, &QTimer::timeout, this, &VirtualBox::sendNext);
     connect(&mReader, &FrameReader::frame, this, &VirtualBox::onFrame);
     connect(&mReader, &FrameReader::receipt, this, &VirtualBox::onReceipt);
     connect(mCar, &VirtualCar::reportChanged, this, &VirtualBox::onReportChanged);
@@ -108,38 +106,29 @@ bool VirtualBox::selectCar(const QByteArray &payload)
 
 void VirtualBox::onReportChanged(quint8 dataType)
 {
-    if (!mStarted)
+    if (!mStarted || mSilent)
         return;
     if (Inbound{dataType} == Inbound::SteeringWheelKey) {
         report(dataType); // Each press and each release counts.
         return;
     }
     mChanged.insert(dataType);
-    mChangeTmr.start(0);
-}
-
-void VirtualBox::reportChanges()
-{
-    QList<quint8> dataTypes = mChanged.values();
-    mChanged.clear();
-    std::sort(dataTypes.begin(), dataTypes.end());
-    for (const quint8 dataType : dataTypes) {
-        // A report that still waits for the line would only be outdated.
-        mQueue.erase(std::remove_if(mQueue.begin(), mQueue.end(),
-                                    [dataType](const Outgoing &waiting) {
-                                        return waiting.dataType == dataType;
-                                    }),
-                     mQueue.end());
-        report(dataType);
-    }
+    if (mPacer.isIdle() && !mChangeTmr.isActive())
+        mChangeTmr.start(0);
 }
 
 void VirtualBox::report(quint8 dataType)
 {
+    enqueue(dataType);
+    sendNext();
+}
+
+void VirtualBox::enqueue(quint8 dataType)
+{
     if (Inbound{dataType} == Inbound::Version)
-        sendFrame(dataType, mVersion.toUtf8());
+        enqueue(dataType, mVersion.toUtf8());
     for (const QByteArray &payload : mCar->report(dataType))
-        sendFrame(dataType, payload);
+        enqueue(dataType, payload);
 }
 
 void VirtualBox::reportAll()
@@ -150,11 +139,27 @@ void VirtualBox::reportAll()
 
 void VirtualBox::sendFrame(quint8 dataType, const QByteArray &payload)
 {
-    if (mSilent)
+    enqueue(dataType, payload);
+    sendNext();
+}
+
+void VirtualBox::enqueue(quint8 dataType, const QByteArray &payload)
+{
+    if (!mSilent)
+        mQueue.append({dataType, canbox::buildFrame(dataType, payload)});
+}
+
+// A report is made when its turn comes, so that none is outdated. The turns go round.
+void VirtualBox::enqueueChange()
+{
+    if (mChanged.empty())
         return;
-    mQueue.append({dataType, canbox::buildFrame(dataType, payload)});
-    if (mPacer.isIdle())
-        sendNext();
+    auto next = mChanged.upper_bound(mLastChange);
+    if (next == mChanged.end())
+        next = mChanged.begin();
+    mLastChange = *next;
+    mChanged.erase(next);
+    enqueue(mLastChange);
 }
 
 void VirtualBox::sendRaw(const QByteArray &bytes)
@@ -165,14 +170,18 @@ void VirtualBox::sendRaw(const QByteArray &bytes)
 
 void VirtualBox::sendNext()
 {
-    while (!mQueue.isEmpty() && mPacer.isIdle()) {
+    while (mPacer.isIdle()) {
+        if (mQueue.isEmpty())
+            enqueueChange();
+        if (mQueue.isEmpty())
+            return;
         Outgoing next = mQueue.takeFirst();
         next.time = mClock.elapsed();
         forgetOldFrames();
         ++mSent[next.dataType];
         mAwaiting.append(next);
-        emit frameSent(next.dataType, next.frame);
         mPacer.send(mFrameFilter ? mFrameFilter(next.frame) : next.frame);
+        emit frameSent(next.dataType, next.frame);
     }
 }
 
@@ -187,8 +196,7 @@ void VirtualBox::onReceipt(bool good)
     frame.resent = true;
     ++mResent;
     mQueue.prepend(frame);
-    if (mPacer.isIdle())
-        sendNext();
+    sendNext();
 }
 
 void VirtualBox::forgetOldFrames()
@@ -204,6 +212,7 @@ void VirtualBox::setSilent(bool on)
     if (!on)
         return;
     mQueue.clear();
+    mChanged.clear();
     mAwaiting.clear();
     mPacer.clear();
 }

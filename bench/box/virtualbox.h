@@ -6,9 +6,9 @@
 #include "virtualcar.h"
 
 #include <QElapsedTimer>
-#include <QSet>
 
 #include <functional>
+#include <set>
 
 namespace bench {
 
@@ -64,7 +64,7 @@ public:
 
 signals:
     void transmit(const QByteArray &bytes);
-    /// A frame was put on the line, before any filter saw it.
+    /// A frame was put on the line; as it was before any filter saw it.
     void frameSent(quint8 dataType, const QByteArray &frame);
 
 private:
@@ -79,7 +79,9 @@ private:
     void onFrame(quint8 dataType, const QByteArray &payload);
     void onReceipt(bool good);
     void onReportChanged(quint8 dataType);
-    void reportChanges();
+    void enqueue(quint8 dataType);
+    void enqueue(quint8 dataType, const QByteArray &payload);
+    void enqueueChange();
     void sendNext();
     void forgetOldFrames();
     bool setStarted(const QByteArray &payload);
@@ -98,9 +100,10 @@ private:
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");
 
-    QSet<quint8> mChanged; ///< Reports that are due at the end of this turn of the event loop.
-    QTimer mChangeTmr;
     QList<Outgoing> mQueue;
+    std::set<quint8> mChanged; ///< Reports to make when the line is free, after the queue.
+    quint8 mLastChange = 0;    ///< The latest of them.
+    QTimer mChangeTmr;         ///< Changes of one turn of the event loop are one report.
     QList<Outgoing> mAwaiting; ///< Sent, and without a receipt so far.
     Filter mFrameFilter;
     Filter mChunkFilter;
