@@ -11,13 +11,28 @@
 
 namespace bench {
 
+namespace {
+
+void closeDescriptor(int *descriptor)
+{
+    if (*descriptor >= 0)
+        close(*descriptor);
+    *descriptor = -1;
+}
+
+} // namespace
+
 PseudoTerminal::PseudoTerminal(QObject *parent)
     : QObject(parent)
 {
     plug();
 }
 
-PseudoTerminal::~PseudoTerminal() { unplug(); }
+PseudoTerminal::~PseudoTerminal()
+{
+    unplug();
+    closeDescriptor(&mSlave);
+}
 
 QString PseudoTerminal::path() const { return mDirectory.filePath(QStringLiteral("canbox")); }
 
@@ -43,6 +58,7 @@ bool PseudoTerminal::open()
     if (mMaster < 0 || grantpt(mMaster) != 0 || unlockpt(mMaster) != 0 ||
         ptsname_r(mMaster, name, sizeof name) != 0)
         return fail("cannot make a pseudo terminal");
+    closeDescriptor(&mSlave);
     mSlave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (mSlave < 0)
         return fail("cannot open the pseudo terminal");
@@ -79,11 +95,7 @@ void PseudoTerminal::unplug()
         mNotifier = nullptr;
     }
     QFile::remove(path());
-    for (int *descriptor : {&mSlave, &mMaster}) {
-        if (*descriptor >= 0)
-            close(*descriptor);
-        *descriptor = -1;
-    }
+    closeDescriptor(&mMaster);
 }
 
 void PseudoTerminal::write(const QByteArray &bytes)

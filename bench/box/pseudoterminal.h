@@ -48,7 +48,9 @@ private:
 
     QTemporaryDir mDirectory;
     int mMaster = -1;
-    // Held open, because the master reports an endless error while nobody has the slave side open.
+    // Held open, because the master reports an endless error while nobody has the slave side open;
+    // and beyond unplug(), because the system gives the number of a closed device to the next one,
+    // of any program, which would be busy while the host has not given back its lock.
     int mSlave = -1;
     bool mReading = true;
     QSocketNotifier *mNotifier = nullptr;
