@@ -1,6 +1,7 @@
 #include "commandline.h"
 #include "eventprinter.h"
 #include "faultinjector.h"
+#include "fingers.h"
 #include "liveview.h"
 #include "pluginfile.h"
 #include "session.h"
@@ -14,65 +15,6 @@
 namespace bench {
 
 namespace {
-
-struct KeyPress
-{
-    quint8 key;
-    int milliseconds;
-};
-
-// Presses keys one after the other, from the moment the link is up.
-class Fingers : public QObject
-{
-public:
-    Fingers(VirtualCar *car, const QList<KeyPress> &presses)
-        : mCar(car)
-        , mPresses(presses)
-    {
-    }
-
-    void begin()
-    {
-        if (!mBegun)
-            QTimer::singleShot(kPauseMs, this, [this] { pressNext(); });
-        mBegun = true;
-    }
-
-private:
-    static constexpr int kPauseMs = 300;
-
-    void pressNext()
-    {
-        if (mPresses.isEmpty())
-            return;
-        const KeyPress press = mPresses.takeFirst();
-        mCar->pressKey(press.key);
-        QTimer::singleShot(press.milliseconds, this, [this] {
-            mCar->releaseKey();
-            QTimer::singleShot(kPauseMs, this, [this] { pressNext(); });
-        });
-    }
-
-    VirtualCar *mCar;
-    QList<KeyPress> mPresses;
-    bool mBegun = false;
-};
-
-// Reads KEY or KEY:MS. \returns an empty text or what is wrong.
-QString readKeyPress(const QString &text, QList<KeyPress> *presses)
-{
-    bool isKey = false;
-    bool isTime = true;
-    const QString time = text.section(QLatin1Char(':'), 1);
-    const int key = text.section(QLatin1Char(':'), 0, 0).toInt(&isKey, 0);
-    const int milliseconds = time.isNull() ? 200 : time.toInt(&isTime);
-    if (!isKey || key < 0 || key > 255 || !isTime || milliseconds < 1 || milliseconds > 600000)
-        return QStringLiteral("--press needs a key code from 0 to 255, and after a colon the "
-                              "milliseconds that it is held, 1 to 600000, not '%1'")
-            .arg(text);
-    presses->append({static_cast<quint8>(key), milliseconds});
-    return {};
-}
 
 void listValues(const VirtualCar &car)
 {
@@ -129,6 +71,119 @@ void printVerdict(const ValueWitness &witness, const SessionOptions &options, Ev
         fail(QStringLiteral("%1 was shown, which no frame said").arg(value));
 }
 
+struct RunSettings
+{
+    SessionOptions session;
+    QList<KeyPress> presses;
+    std::optional<FaultPlan> faults;
+    quint32 seed = 1;
+    double duration = 0; ///< Seconds; 0 for no end.
+};
+
+// \returns an empty text, or what is wrong.
+QString readSettings(CommandLine *line, RunSettings *settings)
+{
+    settings->session.plugin = line->value("plugin");
+    settings->session.device = line->value("device");
+    settings->session.carModel = line->number("model", 1, -32768, 65535);
+    settings->session.carIndex = line->number("hwd-index", 1, 0, 65535);
+    settings->seed = static_cast<quint32>(line->number("seed", 1, 0, 0x7FFFFFFF));
+    settings->duration = line->seconds("duration", 0, 0.001, 1e6);
+    if (line->isSet("device")) {
+        if (settings->session.device.isEmpty())
+            return QStringLiteral("--device needs the name of a device, such as /dev/ttyUSB0");
+        if (line->isSet("set") || line->isSet("press") || line->isSet("faults"))
+            return QStringLiteral(
+                "--set, --press and --faults are for the embedded box, not for a --device");
+    }
+    for (const QString &press : line->values("press")) {
+        const QString problem = readKeyPress(press, &settings->presses);
+        if (!problem.isEmpty())
+            return "--press needs " + problem;
+    }
+    if (line->isSet("faults")) {
+        settings->faults.emplace();
+        return settings->faults->read(line->value("faults"));
+    }
+    return {};
+}
+
+// \returns an empty text, or what is wrong.
+QString setValues(VirtualCar *car, const QStringList &settings)
+{
+    for (const QString &setting : settings) {
+        const QString problem = car->set(setting.section('=', 0, 0), setting.section('=', 1));
+        if (!problem.isEmpty())
+            return problem + "; see 'canbench run --list-values'";
+    }
+    return {};
+}
+
+int run(CommandLine *line, const RunSettings &settings)
+{
+    UnixSignals unixSignals;
+    auto theSession = std::make_unique<Session>(settings.session);
+    Session &session = *theSession;
+    const QString wrongValue = setValues(&session.car(), line->values("set"));
+    if (!wrongValue.isEmpty())
+        return line->complain(wrongValue);
+
+    QLoggingCategory::setFilterRules(line->isSet("log") ? "default.debug=true"
+                                                        : "default.debug=false");
+    EventPrinter printer(line->isSet("json") ? EventPrinter::Json : EventPrinter::Text);
+    std::unique_ptr<LiveView> view;
+    const bool wantsLines = line->isSet("json") || line->isSet("plain") || line->isSet("log");
+    if (Terminal::isAvailable() && !wantsLines) {
+        view = std::make_unique<LiveView>(&session);
+        QObject::connect(view.get(), &LiveView::quit, [] { QCoreApplication::exit(Done); });
+    }
+    auto *fingers = new Fingers(&session.car(), settings.presses);
+    QObject::connect(&session, &Session::happened, [&](const Event &event) {
+        if (view)
+            view->show(event);
+        else
+            printer.print(event, session.state());
+        if (session.linkCode() == 3)
+            fingers->begin();
+    });
+    QObject::connect(&unixSignals, &UnixSignals::caught,
+                     [](int number) { QCoreApplication::exit(SignalBase + number); });
+    if (settings.duration > 0)
+        QTimer::singleShot(static_cast<int>(settings.duration * 1000),
+                           [] { QCoreApplication::exit(Done); });
+
+    TraceRecorder recorder;
+    if (line->isSet("trace")) {
+        const QString &device = settings.session.device;
+        const QString problem =
+            recorder.start(line->value("trace"), device.isEmpty() ? "canbox" : device);
+        if (!problem.isEmpty())
+            return fail(problem);
+    }
+    const QString problem = session.open();
+    if (!problem.isEmpty())
+        return fail(problem);
+    std::unique_ptr<FaultInjector> injector;
+    std::unique_ptr<ValueWitness> witness;
+    if (settings.faults) {
+        witness = std::make_unique<ValueWitness>(&session);
+        injector = std::make_unique<FaultInjector>(&session, settings.seed);
+        injector->setPlan(*settings.faults);
+    }
+    session.start();
+    const int code = QCoreApplication::exec();
+    session.stop();
+    view.reset();
+    printer.print(session.summary(), session.seconds());
+    if (injector) {
+        printer.print(QStringLiteral("faults"), injector->summary());
+        injector.reset();
+        theSession.reset(); // It has the plug-in's one service.
+        printVerdict(*witness, settings.session, printer);
+    }
+    return recorder.problem().isEmpty() ? code : int(fail(recorder.problem()));
+}
+
 } // namespace
 
 int runCommand(const QStringList &arguments)
@@ -145,102 +200,17 @@ int runCommand(const QStringList &arguments)
     addOptions(&line);
     if (const auto code = line.read(arguments))
         return *code;
-
-    SessionOptions options;
-    options.plugin = line.value("plugin");
-    options.device = line.value("device");
-    options.carModel = line.number("model", 1, -32768, 65535);
-    options.carIndex = line.number("hwd-index", 1, 0, 65535);
-    const int seed = line.number("seed", 1, 0, 0x7FFFFFFF);
-    const double duration = line.seconds("duration", 0, 0.001, 1e6);
+    RunSettings settings;
+    const QString problem = readSettings(&line, &settings);
     if (line.isWrong())
         return WrongUsage;
-    const bool isEmbedded = !line.isSet("device");
-    if (!isEmbedded && options.device.isEmpty())
-        return line.complain("--device needs the name of a device, such as /dev/ttyUSB0");
-    if (!isEmbedded && (line.isSet("set") || line.isSet("press") || line.isSet("faults")))
-        return line.complain(
-            "--set, --press and --faults are for the embedded box, not for a --device");
-
-    UnixSignals unixSignals;
-    auto theSession = std::make_unique<Session>(options);
-    Session &session = *theSession;
+    if (!problem.isEmpty())
+        return line.complain(problem);
     if (line.isSet("list-values")) {
-        listValues(session.car());
+        listValues(VirtualCar());
         return Done;
     }
-    for (const QString &setting : line.values("set")) {
-        const QString problem =
-            session.car().set(setting.section('=', 0, 0), setting.section('=', 1));
-        if (!problem.isEmpty())
-            return line.complain(problem + "; see 'canbench run --list-values'");
-    }
-    QList<KeyPress> presses;
-    for (const QString &press : line.values("press")) {
-        const QString problem = readKeyPress(press, &presses);
-        if (!problem.isEmpty())
-            return line.complain(problem);
-    }
-
-    FaultPlan faults;
-    if (line.isSet("faults")) {
-        const QString problem = faults.read(line.value("faults"));
-        if (!problem.isEmpty())
-            return line.complain(problem);
-    }
-
-    QLoggingCategory::setFilterRules(line.isSet("log") ? "default.debug=true"
-                                                       : "default.debug=false");
-    EventPrinter printer(line.isSet("json") ? EventPrinter::Json : EventPrinter::Text);
-    std::unique_ptr<LiveView> view;
-    const bool wantsLines = line.isSet("json") || line.isSet("plain") || line.isSet("log");
-    if (Terminal::isAvailable() && !wantsLines) {
-        view = std::make_unique<LiveView>(&session);
-        QObject::connect(view.get(), &LiveView::quit, [] { QCoreApplication::exit(Done); });
-    }
-    Fingers fingers(&session.car(), presses);
-    QObject::connect(&session, &Session::happened, [&](const Event &event) {
-        if (view)
-            view->show(event);
-        else
-            printer.print(event, session.state());
-        if (isEmbedded && session.linkCode() == 3)
-            fingers.begin();
-    });
-    QObject::connect(&unixSignals, &UnixSignals::caught,
-                     [](int number) { QCoreApplication::exit(SignalBase + number); });
-    if (duration > 0)
-        QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
-
-    TraceRecorder recorder;
-    if (line.isSet("trace")) {
-        const QString problem =
-            recorder.start(line.value("trace"), isEmbedded ? "canbox" : options.device);
-        if (!problem.isEmpty())
-            return fail(problem);
-    }
-    const QString problem = session.open();
-    if (!problem.isEmpty())
-        return fail(problem);
-    std::unique_ptr<FaultInjector> injector;
-    std::unique_ptr<ValueWitness> witness;
-    if (line.isSet("faults")) {
-        witness = std::make_unique<ValueWitness>(&session);
-        injector = std::make_unique<FaultInjector>(&session, static_cast<quint32>(seed));
-        injector->setPlan(faults);
-    }
-    session.start();
-    const int code = QCoreApplication::exec();
-    session.stop();
-    view.reset();
-    printer.print(session.summary(), session.seconds());
-    if (injector) {
-        printer.print(QStringLiteral("faults"), injector->summary());
-        injector.reset();
-        theSession.reset(); // It has the plug-in's one service.
-        printVerdict(*witness, options, printer);
-    }
-    return recorder.problem().isEmpty() ? code : int(fail(recorder.problem()));
+    return run(&line, settings);
 }
 
 } // namespace bench
