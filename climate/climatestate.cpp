@@ -3,6 +3,8 @@
 
 #include "protocol/diagnostics.h"
 
+#include <algorithm>
+
 namespace canservice {
 
 namespace {

@@ -172,9 +172,8 @@ public:
     int getRotate() override;             ///< Engine speed: always -1, no frame carries it.
     int getCoolantTemp() override;        ///< Always -1, no frame carries it.
     QString getCoolantTempUnit() override;
-    int
-    getTireAlertType() override; ///< 1 if any tyre is not in state 0, -1 before the first report.
-    int getTireStatusFR() override; ///< 0, 1 or 2.
+    int getTireAlertType() override; ///< 1 if any state is not 0, -1 before the first report.
+    int getTireStatusFR() override;  ///< 0, 1 or 2.
     int getTireStatusFL() override;
     int getTireStatusRL() override;
     int getTireStatusRR() override;

@@ -8,6 +8,8 @@
 
 #include <QByteArray>
 
+#include <initializer_list>
+
 namespace canbox {
 
 constexpr quint8 kHead = 0x2E;
