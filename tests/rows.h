@@ -1,7 +1,7 @@
 // Tests as tables: a data row for each row of a table, by the name that it begins with.
 #pragma once
 
-#include <QtTest>
+#include <QTest>
 
 /// A byte string from its hexadecimal form; blanks do not matter.
 inline QByteArray hex(const char *digits) { return QByteArray::fromHex(digits); }

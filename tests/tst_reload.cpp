@@ -9,7 +9,7 @@
 #include <QLoggingCategory>
 #include <QPluginLoader>
 #include <QSignalSpy>
-#include <QtTest>
+#include <QTest>
 
 #include <dlfcn.h>
 #include <malloc.h>

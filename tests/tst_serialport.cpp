@@ -4,6 +4,8 @@
 #include "host/serialport.h"
 #include "pseudoterminal.h"
 
+#include <QSignalSpy>
+
 #include <ctime>
 #include <fcntl.h>
 #include <numeric>

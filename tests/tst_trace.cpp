@@ -7,6 +7,8 @@
 
 #include <serialport.h>
 
+#include <QSignalSpy>
+
 using namespace bench;
 using canservice::SerialMonitor;
 
