@@ -1,6 +1,7 @@
 #include "comparison.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 
 #include <cmath>
 #include <cstdio>
