@@ -19,7 +19,7 @@ constexpr int kWarmUp = 5000; // ms until memory has found its size
 constexpr int kSettle = 4000; // ms for the host to come back and hear the whole car
 // KiB. Queues keep the room of their longest moment; one small block lost per frame would be
 // megabytes.
-constexpr int kAllowedGrowth = 512;
+constexpr int kAllowedGrowth = 1024;
 
 // Per frame; what stops the traffic for seconds is rare.
 constexpr char kDefaultFaults[] = "all=0.0002,silence=1e-5,stall=1e-5,no-answer=0,unplug=1e-5,"
