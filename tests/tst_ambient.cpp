@@ -34,6 +34,7 @@ const Case kKeys[] = {
     {"down from beyond", "06ff 4 -1", "2ec50206fa38 !"},
     {"no step", "0632 4 0", ""},
     {"two steps up", "0632 4 2", ""},
+    {"two steps down", "0632 4 -2", ""},
     {"a colour keeps a level beyond", "02ff 5 0", "2ec50206ff33 !"},
     {"key 0", "0632 0 1", ""},
     {"key 260 is not key 4", "0632 260 1", ""},

@@ -45,6 +45,7 @@ const Case kCycles[] = {
 // that are in no list, at the zero command.
 const Case kRefusals[] = {
     {"by the key", "1 32", "sendAcKey"},
+    {"by the key, the next", "1 33", "sendAcKey"},
     {"by the key, beyond the table", "1 35", "sendAcKey"},
     {"by key and rule", "14 -1", "sendAcKey isSupportAcCtrl"},
     {"by the rule alone", "14 30", "isSupportAcCtrl"},

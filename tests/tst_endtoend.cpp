@@ -1,13 +1,31 @@
 // The built plug-in in real time, from its file, on the virtual box behind a pseudo terminal.
 #include "session.h"
 
+#include <QFile>
 #include <QLoggingCategory>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <numeric>
 
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
 using bench::Session;
+
+namespace {
+
+speed_t speedOf(const QString &device)
+{
+    const int line = open(QFile::encodeName(device).constData(), O_RDWR | O_NOCTTY);
+    termios settings{};
+    tcgetattr(line, &settings);
+    close(line);
+    return cfgetospeed(&settings);
+}
+
+} // namespace
 
 class EndToEndTest : public QObject
 {
@@ -24,6 +42,7 @@ private slots:
         options.carIndex = 0x1234;
         Session session(options);
         QCOMPARE(session.open(), QString());
+        QCOMPARE(speedOf(session.terminal().path()), speed_t(B38400));
         QByteArray heard;
         connect(&session.terminal(), &bench::PseudoTerminal::received, this,
                 [&heard](const QByteArray &bytes) { heard += bytes; });

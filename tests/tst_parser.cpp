@@ -1,6 +1,7 @@
 // The receive parser: the same bytes in every chunking, then the parse-out timer and re-entrance.
 #include "serviceprobe.h"
 
+#include <climits>
 #include <thread>
 
 namespace {
@@ -125,6 +126,13 @@ private slots:
             test.receive(hex("2e210105d8"));
             QCOMPARE(test.take(), QStringList({kGood, kAlive}));
         }
+    }
+
+    void typesBeyondAByteHaveNoHandler()
+    {
+        ServiceTest test;
+        for (const int type : {-1, 0x121, INT_MIN + 0x21})
+            QCOMPARE(test.dispatch(type, QByteArray(10, '\1')), "");
     }
 
     void hostSlotMayLetTheNextFrameIn()
