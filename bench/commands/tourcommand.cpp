@@ -7,6 +7,8 @@
 #include <QCoreApplication>
 #include <QLoggingCategory>
 
+#include <utility>
+
 namespace bench {
 
 namespace {
@@ -47,12 +49,12 @@ void reportMedia(Session &session)
 // Inverts one bit of the checksum of the next frame, of that one only.
 void damageNextFrame(Session &session)
 {
-    session.box().setFrameFilter([&session](const QByteArray &frame) {
-        session.box().setFrameFilter({});
-        QByteArray damaged = frame;
-        damaged[damaged.size() - 1] =
-            static_cast<char>(canbox::byteAt(frame, frame.size() - 1) ^ 1);
-        return damaged;
+    session.box().setFrameFilter([done = false](const QByteArray &frame) mutable {
+        QByteArray passed = frame;
+        if (!std::exchange(done, true))
+            passed[passed.size() - 1] =
+                static_cast<char>(canbox::byteAt(frame, frame.size() - 1) ^ 1);
+        return passed;
     });
 }
 
