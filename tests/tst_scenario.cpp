@@ -210,6 +210,17 @@ private slots:
         QCOMPARE(canbench.exitCode(), 128 + 15);
     }
 
+    void ctrlCEndsASoakThatHasHardlyBegun()
+    {
+        QProcess canbench;
+        canbench.setReadChannel(QProcess::StandardError);
+        canbench.start(CANBENCH, {"soak"});
+        QVERIFY(canbench.waitForReadyRead(5000));
+        canbench.terminate();
+        QVERIFY(canbench.waitForFinished(4000));
+        QCOMPARE(canbench.exitCode(), 128 + 15);
+    }
+
 private:
     QTemporaryDir mDirectory;
 };

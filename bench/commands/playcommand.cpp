@@ -105,11 +105,7 @@ int play(const CommandLine &line, const PlaySettings &settings, const QString &f
     ScenarioPlayer player(&session, settings.speed, settings.seed);
     QObject::connect(&player, &ScenarioPlayer::said,
                      [&](const QString &text) { printer.heading(text); });
-    int signalNumber = 0;
-    QObject::connect(&unixSignals, &UnixSignals::caught, [&](int number) {
-        signalNumber = number;
-        player.abort();
-    });
+    QObject::connect(&unixSignals, &UnixSignals::caught, [&player] { player.abort(); });
 
     TraceRecorder recorder;
     if (line.isSet("trace")) {
@@ -131,7 +127,7 @@ int play(const CommandLine &line, const PlaySettings &settings, const QString &f
     if (!recorder.problem().isEmpty())
         fail(recorder.problem());
     if (result == ScenarioPlayer::Aborted)
-        return SignalBase + signalNumber;
+        return SignalBase + unixSignals.latest();
     printResult(json, file, result == ScenarioPlayer::Passed, player.expectationsMet());
     if (result == ScenarioPlayer::Passed)
         return Done;

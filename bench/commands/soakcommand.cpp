@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QLoggingCategory>
 
+#include <cstdio>
 #include <malloc.h>
 
 namespace bench {
@@ -89,8 +90,11 @@ QStringList differences(Session &session)
     return texts;
 }
 
-void wait(int milliseconds)
+// Ends early, as the main loop does, on a signal.
+void wait(int milliseconds, const UnixSignals &unixSignals)
 {
+    if (unixSignals.latest() != 0)
+        return;
     QEventLoop loop;
     QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
     loop.exec();
@@ -151,9 +155,14 @@ int soakCommand(const QStringList &arguments)
     QObject::connect(&unixSignals, &UnixSignals::caught,
                      [](int number) { QCoreApplication::exit(SignalBase + number); });
 
+    std::fprintf(stderr,
+                 "Soaking for %.0f s, and some more to begin and to end. Ctrl-C stops it.\n",
+                 duration);
     session.start();
     car.begin();
-    wait(kWarmUp);
+    wait(kWarmUp, unixSignals);
+    if (unixSignals.latest() != 0)
+        return SignalBase + unixSignals.latest();
     const qint64 heapBefore = heapKibibytes();
     const int descriptorsBefore = descriptors();
     injector.setPlan(plan);
@@ -169,11 +178,13 @@ int soakCommand(const QStringList &arguments)
     // The line becomes whole again, and the host hears the car once more.
     car.end();
     injector.setPlan({});
-    while (injector.isBusy())
-        wait(100);
-    wait(kSettle);
+    while (injector.isBusy() && unixSignals.latest() == 0)
+        wait(100, unixSignals);
+    wait(kSettle, unixSignals);
     session.box().reportAll();
-    wait(1000);
+    wait(1000, unixSignals);
+    if (unixSignals.latest() != 0)
+        return SignalBase + unixSignals.latest();
 
     const qint64 growth = heapKibibytes() - heapBefore;
     const int moreDescriptors = descriptors() - descriptorsBefore;

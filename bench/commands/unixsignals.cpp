@@ -32,8 +32,10 @@ UnixSignals::~UnixSignals()
 void UnixSignals::onReadable()
 {
     signalfd_siginfo info;
-    if (read(mDescriptor, &info, sizeof info) == sizeof info)
-        emit caught(static_cast<int>(info.ssi_signo));
+    if (read(mDescriptor, &info, sizeof info) != sizeof info)
+        return;
+    mLatest = static_cast<int>(info.ssi_signo);
+    emit caught(mLatest);
 }
 
 } // namespace bench

@@ -15,6 +15,9 @@ public:
     explicit UnixSignals(QObject *parent = nullptr);
     ~UnixSignals() override;
 
+    /// The latest that was caught; 0 for none.
+    int latest() const { return mLatest; }
+
 signals:
     /// \param number as in <csignal>; the exit code of a program that ends on it is 128 + number.
     void caught(int number);
@@ -23,6 +26,7 @@ private:
     void onReadable();
 
     int mDescriptor = -1;
+    int mLatest = 0;
 };
 
 } // namespace bench
