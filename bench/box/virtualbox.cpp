@@ -23,8 +23,8 @@ VirtualBox::VirtualBox(VirtualCar *car, QObject *parent)
     , mPacer(canbox::kBaudRate)
 {
     mClock.start();
-    mChangeTmr.setSingleShot(true);
-    connect(&mChangeTmr, &QTimer::timeout, this, &VirtualBox::sendNext);
+    mTurnTmr.setSingleShot(true);
+    connect(&mTurnTmr, &QTimer::timeout, this, &VirtualBox::sendNext);
     connect(&mReader, &FrameReader::frame, this, &VirtualBox::onFrame);
     connect(&mReader, &FrameReader::receipt, this, &VirtualBox::onReceipt);
     connect(mCar, &VirtualCar::reportChanged, this, &VirtualBox::onReportChanged);
@@ -113,8 +113,8 @@ void VirtualBox::onReportChanged(quint8 dataType)
         return;
     }
     mChanged.insert(dataType);
-    if (mPacer.isIdle() && !mChangeTmr.isActive())
-        mChangeTmr.start(0);
+    if (mPacer.isIdle() && !mTurnTmr.isActive())
+        mTurnTmr.start(0);
 }
 
 void VirtualBox::report(quint8 dataType)
@@ -170,19 +170,21 @@ void VirtualBox::sendRaw(const QByteArray &bytes)
 
 void VirtualBox::sendNext()
 {
-    while (mPacer.isIdle()) {
-        if (mQueue.isEmpty())
-            enqueueChange();
-        if (mQueue.isEmpty())
-            return;
-        Outgoing next = mQueue.takeFirst();
-        next.time = mClock.elapsed();
-        forgetOldFrames();
-        ++mSent[next.dataType];
-        mAwaiting.append(next);
-        mPacer.send(mFrameFilter ? mFrameFilter(next.frame) : next.frame);
-        emit frameSent(next.dataType, next.frame);
-    }
+    if (!mPacer.isIdle())
+        return;
+    if (mQueue.isEmpty())
+        enqueueChange();
+    if (mQueue.isEmpty())
+        return;
+    Outgoing next = mQueue.takeFirst();
+    next.time = mClock.elapsed();
+    forgetOldFrames();
+    ++mSent[next.dataType];
+    mAwaiting.append(next);
+    mPacer.send(mFrameFilter ? mFrameFilter(next.frame) : next.frame);
+    emit frameSent(next.dataType, next.frame);
+    if (mPacer.isIdle()) // A filter has taken the frame.
+        mTurnTmr.start(0);
 }
 
 void VirtualBox::onReceipt(bool good)

@@ -103,7 +103,7 @@ private:
     QList<Outgoing> mQueue;
     std::set<quint8> mChanged; ///< Reports to make when the line is free, after the queue.
     quint8 mLastChange = 0;    ///< The latest of them.
-    QTimer mChangeTmr;         ///< Changes of one turn of the event loop are one report.
+    QTimer mTurnTmr;           ///< Changes of one turn of the event loop are one report.
     QList<Outgoing> mAwaiting; ///< Sent, and without a receipt so far.
     Filter mFrameFilter;
     Filter mChunkFilter;
