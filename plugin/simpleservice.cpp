@@ -32,7 +32,6 @@ SimpleService::SimpleService()
 
     // Capacity that is reserved stays through resize(), so that no frame allocates.
     mRecvPayload.reserve(canbox::kMaxPayload);
-    mDoorStatus = 0;
     mAcData.fill(0, kClimateSize);
 }
 

@@ -1,16 +1,15 @@
 // Faults on the line: what each does, that a seed fixes it, and what the host shows under them.
+#include "rows.h"
+
 #include "faultinjector.h"
 #include "valuewitness.h"
 
 #include <QLoggingCategory>
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace bench;
 
 namespace {
-
-QByteArray hex(const char *digits) { return QByteArray::fromHex(digits); }
 
 const QByteArray kAmbient = hex("2e6102053c5b");
 

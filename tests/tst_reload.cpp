@@ -1,4 +1,6 @@
 // The plug-in comes and goes a thousand times in one process, and leaves nothing behind.
+#include "rows.h"
+
 #include "getters.h"
 #include "pseudoterminal.h"
 
@@ -9,7 +11,6 @@
 #include <QLoggingCategory>
 #include <QPluginLoader>
 #include <QSignalSpy>
-#include <QTest>
 
 #include <dlfcn.h>
 #include <malloc.h>
@@ -17,8 +18,6 @@
 #include <memory>
 
 namespace {
-
-QByteArray hex(const char *digits) { return QByteArray::fromHex(digits); }
 
 int openDescriptors()
 {
