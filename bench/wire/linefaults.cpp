@@ -1,8 +1,6 @@
-#include "faults.h"
+#include "bench/wire/linefaults.h"
 
-#include "protocol/frame.h"
-
-#include <QStringList>
+#include "bench/wire/reports.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,7 +9,6 @@ namespace bench {
 
 namespace {
 
-constexpr double kDefaultRate = 0.02;
 constexpr int kFloodFrames = 40;
 
 constexpr FaultInfo kFaults[] = {
@@ -45,10 +42,11 @@ constexpr bool isInEnumOrder()
 }
 static_assert(isInEnumOrder());
 
-// The types that the service knows, and one that it does not.
-constexpr quint8 kKnownType = static_cast<quint8>(canbox::Inbound::Climate);
-constexpr int kKnownSize = 10;
+// A type that the service knows, and one that it does not.
+constexpr Report kKnown = *findReport(Inbound::Climate);
+constexpr quint8 kKnownType = static_cast<quint8>(kKnown.type);
 constexpr quint8 kUnknownType = 0x7A;
+static_assert(!findReport(Inbound{kUnknownType}));
 
 QByteArray randomBytes(int size, FaultRandom &random)
 {
@@ -70,30 +68,12 @@ const FaultInfo *findFault(const QString &name)
     return found == std::end(kFaults) ? nullptr : found;
 }
 
-QString FaultPlan::read(const QString &text)
+QStringList faultNames()
 {
-    for (const QString &item : text.split(QLatin1Char(','))) {
-        const QString name = item.section(QLatin1Char('='), 0, 0).trimmed();
-        const QString number = item.section(QLatin1Char('='), 1);
-        bool isNumber = true;
-        const double value = number.isNull() ? kDefaultRate : number.toDouble(&isNumber);
-        if (!isNumber || !(value >= 0 && value <= 1))
-            return QStringLiteral("'%1' is no rate; give a probability per frame, 0 to 1")
-                .arg(number);
-        const FaultInfo *info = findFault(name);
-        if (name == QLatin1String("all")) {
-            rates.fill(value);
-        } else if (info) {
-            rate(info->fault) = value;
-        } else {
-            QStringList names{QStringLiteral("all")};
-            for (const FaultInfo &row : kFaults)
-                names += QLatin1String(row.name);
-            return QStringLiteral("there is no fault '%1'; there are %2")
-                .arg(name, names.join(QStringLiteral(", ")));
-        }
-    }
-    return {};
+    QStringList names;
+    for (const FaultInfo &row : kFaults)
+        names += QLatin1String(row.name);
+    return names;
 }
 
 int FaultRandom::below(int limit)
@@ -146,7 +126,7 @@ QByteArray intrusion(Fault fault, FaultRandom &random)
     case Fault::UnknownType:
         return canbox::buildFrame(kUnknownType, randomBytes(1 + random.below(20), random));
     case Fault::WrongLength:
-        return canbox::buildFrame(kKnownType, randomBytes(kKnownSize + 1, random));
+        return canbox::buildFrame(kKnownType, randomBytes(kKnown.size + 1, random));
     case Fault::ZeroLength:
         return canbox::buildFrame(kKnownType, {});
     case Fault::Flood:

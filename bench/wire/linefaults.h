@@ -2,7 +2,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
 #include <array>
 #include <random>
@@ -45,6 +45,7 @@ struct FaultInfo
 };
 
 const FaultInfo &faultInfo(int index);
+QStringList faultNames();
 /// Null for an unknown name.
 const FaultInfo *findFault(const QString &name);
 
@@ -55,10 +56,6 @@ struct FaultPlan
 
     double &rate(Fault fault) { return rates[static_cast<std::size_t>(fault)]; }
     double rate(Fault fault) const { return rates[static_cast<std::size_t>(fault)]; }
-
-    /// Reads `KIND[=RATE],...`; `all` stands for every kind. The rate is 0.02 when none is given.
-    /// \returns an empty text, or what is wrong and what would be right.
-    QString read(const QString &text);
 };
 
 /// Random numbers that are the same on every machine for the same seed.
