@@ -1,4 +1,4 @@
-#include "pseudoterminal.h"
+#include "bench/box/pseudoterminal.h"
 
 #include <QFile>
 

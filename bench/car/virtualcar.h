@@ -1,7 +1,7 @@
 // The car behind the virtual box.
 #pragma once
 
-#include "carvalues.h"
+#include "bench/wire/reports.h"
 
 #include <QByteArray>
 #include <QList>
@@ -22,7 +22,7 @@ struct Cluster
     bool operator==(const Cluster &other) const;
 };
 
-/// Holds the state of a car, encodes the box's reports from it, and follows the commands that the
+/// Holds the state of a car, packs the box's reports from it, and follows the commands that the
 /// box passes on. It knows payloads only; frames and the line are the box's.
 class VirtualCar : public QObject
 {
@@ -31,42 +31,38 @@ class VirtualCar : public QObject
 public:
     explicit VirtualCar(QObject *parent = nullptr);
 
-    int raw(CarValue value) const { return mRaw[static_cast<std::size_t>(value)]; }
+    int raw(ValueId id) const { return mRaw[static_cast<std::size_t>(id)]; }
     /// Sets a value by what goes over the wire; bits that have no room there are dropped.
-    void setRaw(CarValue value, int raw);
-    QString text(CarValue value) const { return carValueText(carValueInfo(value), raw(value)); }
+    void setRaw(ValueId id, int raw);
+    QString text(ValueId id) const { return valueText(fieldOf(id), raw(id)); }
 
-    /// Sets a value by its name and text, as in `door.left_front` and `open`.
-    /// \returns an empty text, or what was wrong and what would be right.
-    QString set(const QString &name, const QString &text);
-
-    /// Cars of the models whose bumpers report two codes per sensor, of which the smaller counts.
-    static bool hasTwoCodesPerSensor(int carModelId);
+    /// Whether the bumpers report two codes per sensor, of which the smaller counts.
     void setTwoCodesPerSensor(bool on);
+    bool twoCodesPerSensor() const { return mTwoCodesPerSensor; }
 
     /// Presses a steering-wheel key, 0 to 255. Another key that is held comes up first.
     void pressKey(quint8 key);
     void releaseKey();
 
-    /// The payloads that report the state of \p dataType now, in the order of sending: two for the
-    /// unit settings, none for the version (the box's own) and for types that no car reports.
-    QList<QByteArray> report(quint8 dataType) const;
+    /// The payloads that report the state of \p type now, in the order of sending: one for each
+    /// selector, none for the version (the box's own) and for types that no car reports.
+    QList<QByteArray> report(Inbound type) const;
 
     /// Follows a command of the head unit. \returns whether the car knows it.
-    bool obey(quint8 dataType, const QByteArray &payload);
+    bool obey(Outbound command, const QByteArray &payload);
 
     const Cluster &cluster() const { return mCluster; }
 
 signals:
-    /// What report() gives for \p dataType is another now.
-    void reportChanged(quint8 dataType);
+    /// What report() gives for \p type is another now.
+    void reportChanged(canbox::Inbound type);
+    void valueChanged(bench::ValueId id);
     void clusterChanged();
 
 private:
-    QByteArray place(canbox::Inbound report, int size) const;
-    QByteArray radar(canbox::Inbound report) const;
+    bool store(ValueId id, int raw);
 
-    // carcommands.cpp
+    // effects.cpp
     bool obeyClimate(const QByteArray &payload);
     bool obeyAmbient(const QByteArray &payload);
     bool obeyUnit(const QByteArray &payload);
@@ -75,10 +71,8 @@ private:
     bool obeyClock(const QByteArray &payload);
     void show(const Cluster &cluster);
 
-    std::array<int, kCarValueCount> mRaw;
+    std::array<int, kValueCount> mRaw;
     bool mTwoCodesPerSensor = false;
-    quint8 mKey = 0;
-    bool mKeyHeld = false;
     Cluster mCluster;
 };
 

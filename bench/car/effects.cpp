@@ -1,13 +1,11 @@
 // What the virtual car does when the head unit tells it to. The climate effects are this car's own
 // choice; another car may do other things on the same commands.
-#include "virtualcar.h"
+#include "bench/car/virtualcar.h"
 
 #include <algorithm>
 #include <iterator>
 
 namespace bench {
-
-using canbox::Outbound;
 
 namespace {
 
@@ -20,50 +18,50 @@ enum class Change {
 struct ClimateEffect
 {
     quint8 command;
-    CarValue value;
+    ValueId value;
     Change change;
     int low, high;
 };
 
 constexpr ClimateEffect kClimateEffects[] = {
-    {0x01, CarValue::ClimatePower, Change::Cycle, 1, 1},
-    {0x02, CarValue::ClimateAc, Change::Cycle, 1, 1},
-    {0x03, CarValue::ClimateInside, Change::Cycle, 1, 1},
-    {0x04, CarValue::ClimateAuto, Change::Cycle, 1, 1},
-    {0x05, CarValue::ClimateMax, Change::Cycle, 1, 1},
-    {0x06, CarValue::ClimateDual, Change::Cycle, 1, 1},
-    {0x07, CarValue::ClimateLeftSeat, Change::Cycle, 4, 6}, // Heating
-    {0x08, CarValue::ClimateRightSeat, Change::Cycle, 4, 6},
-    {0x09, CarValue::ClimateLeftSeat, Change::Cycle, 1, 3}, // Ventilation
-    {0x0A, CarValue::ClimateRightSeat, Change::Cycle, 1, 3},
-    {0x0B, CarValue::ClimateWheelHeat, Change::Cycle, 1, 1},
-    {0x11, CarValue::ClimateRear, Change::Cycle, 1, 1},
-    {0x17, CarValue::ClimateFrontDefrost, Change::Cycle, 1, 1},
-    {0x18, CarValue::ClimateRearDefrost, Change::Cycle, 1, 1},
-    {0x1A, CarValue::ClimateLeft, Change::Step, 1, 0},
-    {0x1B, CarValue::ClimateLeft, Change::Step, -1, 0},
-    {0x1C, CarValue::ClimateRight, Change::Step, 1, 0},
-    {0x1D, CarValue::ClimateRight, Change::Step, -1, 0},
-    {0x1E, CarValue::ClimateFan, Change::Step, 1, 0},
-    {0x1F, CarValue::ClimateFan, Change::Step, -1, 0},
+    {0x01, valueId("climate.power"), Change::Cycle, 1, 1},
+    {0x02, valueId("climate.ac"), Change::Cycle, 1, 1},
+    {0x03, valueId("climate.inside_air"), Change::Cycle, 1, 1},
+    {0x04, valueId("climate.auto"), Change::Cycle, 1, 1},
+    {0x05, valueId("climate.max"), Change::Cycle, 1, 1},
+    {0x06, valueId("climate.dual"), Change::Cycle, 1, 1},
+    {0x07, valueId("climate.left_seat"), Change::Cycle, 4, 6}, // Heating
+    {0x08, valueId("climate.right_seat"), Change::Cycle, 4, 6},
+    {0x09, valueId("climate.left_seat"), Change::Cycle, 1, 3}, // Ventilation
+    {0x0A, valueId("climate.right_seat"), Change::Cycle, 1, 3},
+    {0x0B, valueId("climate.wheel_heat"), Change::Cycle, 1, 1},
+    {0x11, valueId("climate.rear"), Change::Cycle, 1, 1},
+    {0x17, valueId("climate.front_defrost"), Change::Cycle, 1, 1},
+    {0x18, valueId("climate.rear_defrost"), Change::Cycle, 1, 1},
+    {0x1A, valueId("climate.left"), Change::Step, 1, 0},
+    {0x1B, valueId("climate.left"), Change::Step, -1, 0},
+    {0x1C, valueId("climate.right"), Change::Step, 1, 0},
+    {0x1D, valueId("climate.right"), Change::Step, -1, 0},
+    {0x1E, valueId("climate.fan"), Change::Step, 1, 0},
+    {0x1F, valueId("climate.fan"), Change::Step, -1, 0},
     // Modes in which the blowing-mode key of a new climate control passes through all five.
-    {0x20, CarValue::ClimateMode, Change::Select, 1, 0},
-    {0x21, CarValue::ClimateMode, Change::Select, 3, 0},
-    {0x22, CarValue::ClimateMode, Change::Select, 2, 0},
-    {0x23, CarValue::ClimateMode, Change::Select, 4, 0},
-    {0x25, CarValue::ClimateMode, Change::Select, 5, 0},
+    {0x20, valueId("climate.mode"), Change::Select, 1, 0},
+    {0x21, valueId("climate.mode"), Change::Select, 3, 0},
+    {0x22, valueId("climate.mode"), Change::Select, 2, 0},
+    {0x23, valueId("climate.mode"), Change::Select, 4, 0},
+    {0x25, valueId("climate.mode"), Change::Select, 5, 0},
 };
 
 int changed(const ClimateEffect &effect, int raw)
 {
-    const CarValueInfo &info = carValueInfo(effect.value);
+    const Field &field = fieldOf(effect.value);
     switch (effect.change) {
     case Change::Cycle:
         if (raw == effect.high)
             return 0;
         return raw >= effect.low && raw < effect.high ? raw + 1 : effect.low;
     case Change::Step:
-        return qBound(info.low, raw + effect.low, info.high);
+        return qBound(field.low, raw + effect.low, field.high);
     case Change::Select:
         return effect.low;
     }
@@ -74,9 +72,9 @@ quint8 at(const QByteArray &payload, int index) { return canbox::byteAt(payload,
 
 } // namespace
 
-bool VirtualCar::obey(quint8 dataType, const QByteArray &payload)
+bool VirtualCar::obey(Outbound command, const QByteArray &payload)
 {
-    switch (Outbound{dataType}) {
+    switch (command) {
     case Outbound::Climate:
         return obeyClimate(payload);
     case Outbound::AmbientLight:
@@ -117,8 +115,8 @@ bool VirtualCar::obeyAmbient(const QByteArray &payload)
 {
     if (payload.size() != 2)
         return false;
-    setRaw(CarValue::AmbientColour, at(payload, 0));
-    setRaw(CarValue::AmbientLevel, at(payload, 1));
+    setRaw(valueId("ambient.colour"), at(payload, 0));
+    setRaw(valueId("ambient.level"), at(payload, 1));
     return true;
 }
 
@@ -128,10 +126,10 @@ bool VirtualCar::obeyUnit(const QByteArray &payload)
         return false;
     const quint8 value = at(payload, 1);
     if (at(payload, 0) == 0x72 && value <= 1) {
-        setRaw(CarValue::UnitTemperature, value);
-        setRaw(CarValue::ClimateUnit, value); // One setting in this car.
+        setRaw(valueId("unit.temperature"), value);
+        setRaw(valueId("climate.unit"), value); // One setting in this car.
     } else if (at(payload, 0) == 0x70 && value <= 2) {
-        setRaw(CarValue::UnitPressure, value);
+        setRaw(valueId("unit.pressure"), value);
     } else {
         return false;
     }
