@@ -165,7 +165,7 @@ QByteArray FaultInjector::onChunk(const QByteArray &bytes)
         mHeld = bytes.mid(kept);
         endLater(kSplitPause, [this] {
             mHolding = false;
-            mEnd->terminal().write(mHeld);
+            emit mEnd->box().transmit(mHeld);
             mHeld.clear();
         });
         return bytes.left(kept);

@@ -139,6 +139,7 @@ void VirtualBox::report(Inbound type)
 
 void VirtualBox::enqueue(Inbound type)
 {
+    mForeign.erase(type);
     if (type == Inbound::Version)
         enqueue(type, mVersion.toUtf8());
     for (const QByteArray &payload : mCar->report(type))
@@ -154,6 +155,7 @@ void VirtualBox::reportAll()
 
 void VirtualBox::sendFrame(Inbound type, const QByteArray &payload)
 {
+    mForeign.insert(type);
     enqueue(type, payload);
     sendNext();
 }

@@ -50,6 +50,8 @@ public:
     void reportAll();
     /// Sends a frame that the car knows nothing of.
     void sendFrame(Inbound type, const QByteArray &payload);
+    /// Whether such a frame was the latest of its type.
+    bool isForeign(Inbound type) const { return mForeign.count(type) > 0; }
     /// Puts bytes on the line that are no frame of the box's.
     void sendRaw(const QByteArray &bytes);
 
@@ -109,6 +111,7 @@ private:
     QList<Outgoing> mQueue;
     std::set<Inbound> mChanged;      ///< Reports to make when the line is free, after the queue.
     Inbound mLastChange = Inbound{}; ///< The latest of them.
+    std::set<Inbound> mForeign;
     QTimer mTurnTmr;                 ///< Changes of one turn of the event loop are one report.
     QTimer mRecoverTmr;              ///< After a silence.
     QList<Outgoing> mAwaiting;       ///< Sent, and without a receipt so far.

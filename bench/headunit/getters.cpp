@@ -1,8 +1,6 @@
-#include "getters.h"
+#include "bench/headunit/getters.h"
 
 #include <canservicebase.h>
-
-#include <QStringList>
 
 #include <algorithm>
 #include <iterator>
@@ -11,160 +9,295 @@ namespace bench {
 
 namespace {
 
-template <auto Operation>
-QVariant get(CanServiceBase &service)
-{
-    return QVariant::fromValue((service.*Operation)());
-}
+using S = CanServiceBase;
 
+template <typename Type>
+constexpr int kType = std::is_same_v<Type, bool>    ? 0
+                      : std::is_same_v<Type, int>   ? 1
+                      : std::is_same_v<Type, float> ? 2
+                                                    : 3;
+
+// Of an operation of the interface.
 template <auto Operation>
-QString text(CanServiceBase &service)
+Value ask(S &service)
 {
     return (service.*Operation)();
 }
 
-template <QString DrivingData::*Member>
-QVariant driving(CanServiceBase &service)
+template <typename Type>
+constexpr int typeOf(Type (S::*)())
 {
-    DrivingData data;
-    service.getDrivingData(data);
-    return data.*Member;
+    return kType<Type>;
 }
+
+template <auto Operation>
+constexpr Reader get{ask<Operation>, typeOf(Operation)};
+
+template <auto Operation>
+constexpr Reader getNot{[](S &service) { return Value(!(service.*Operation)()); }, kType<bool>};
+
+template <auto Operation>
+QString text(S &service)
+{
+    return (service.*Operation)();
+}
+
+// One number for what the interface answers in two.
+template <auto Heat, auto Ventilation>
+constexpr Reader seat{[](S &service) {
+                          const int heat = (service.*Heat)();
+                          return Value(heat > 0 ? heat + 3 : (service.*Ventilation)());
+                      },
+                      kType<int>};
+
+// Members of the records.
+template <QString DrivingData::*Member>
+constexpr Reader driving{[](S &service) {
+                             DrivingData data;
+                             service.getDrivingData(data);
+                             return Value(data.*Member);
+                         },
+                         kType<QString>};
 
 template <unsigned char AmbientLightData::*Member>
-QVariant ambient(CanServiceBase &service)
-{
-    return static_cast<int>(service.getCarSettingData().ambient.*Member);
-}
+constexpr Reader ambient{
+    [](S &service) { return Value(static_cast<int>(service.getCarSettingData().ambient.*Member)); },
+    kType<int>};
 
 template <int Entry>
-QVariant unitValue(CanServiceBase &service)
+constexpr Reader unitValue{[](S &service) {
+                               UnitData data;
+                               service.getUnitData(data);
+                               return Value(data.values.value(Entry));
+                           },
+                           kType<int>};
+
+// The words of a getter where they are not the car's.
+constexpr Word kBands[] = {{255, "none"}};
+constexpr Word kTemperatures[] = {{-100, "low"}, {-101, "high"}, {-1, "none"}};
+constexpr Word kReadings[] = {{-1, "none"}};
+constexpr Word kStates[] = {{0, "good"}, {1, "state1"}, {2, "state2"}};
+constexpr Word kLink[] = {{0, "off"}, {1, "on"}};
+
+// Where each kind of value comes from.
+constexpr Getter of(Getter row, Inbound report, Announcement first, Announcement second = nullptr)
 {
-    UnitData data;
-    service.getUnitData(data);
-    return data.values.value(Entry);
+    row.report = report;
+    row.announcements[0] = first;
+    row.announcements[1] = second;
+    return row;
 }
 
-template <int Entry>
-QString unitText(CanServiceBase &service)
+constexpr Getter climate(const char *name, Reader read, Meaning meaning,
+                         Span<Word> words = {}, QString (*unit)(S &) = nullptr)
 {
-    UnitData data;
-    service.getUnitData(data);
-    return data.texts.value(Entry);
+    return of({name, read, unit, {}, {}, meaning, words}, Inbound::Climate, &S::acStatusChanged);
 }
 
-using S = CanServiceBase;
+constexpr Getter alias(Getter row)
+{
+    row.alias = true;
+    return row;
+}
 
-constexpr Getter kGetters[] = {
-    {"version", get<&S::version>, nullptr},
+constexpr Getter quiet(Getter row)
+{
+    row.quiet = true;
+    return row;
+}
 
-    {"door.left_front", get<&S::isLeftFrontDoorOpen>, nullptr},
-    {"door.right_front", get<&S::isRightFrontDoorOpen>, nullptr},
-    {"door.left_rear", get<&S::isLeftRearDoorOpen>, nullptr},
-    {"door.right_rear", get<&S::isRightRearDoorOpen>, nullptr},
-    {"door.rear", get<&S::isRearDoorOpen>, nullptr},
-    {"door.front", get<&S::isFrontDoorOpen>, nullptr},
-    {"door.status", get<&S::getDoorStatus>, nullptr},
+constexpr Getter door(const char *name, Reader read, Meaning meaning)
+{
+    return of({name, read, nullptr, {}, {}, meaning, words::kOpen}, Inbound::Doors,
+              &S::doorChanged);
+}
 
-    {"climate.power_off", get<&S::isPowerOff>, nullptr},
-    {"climate.ac", get<&S::isAc>, nullptr},
-    {"climate.inside_air", get<&S::isInside>, nullptr},
-    {"climate.auto", get<&S::isAuto>, nullptr},
-    {"climate.dual", get<&S::isDual>, nullptr},
-    {"climate.rear_defrost", get<&S::isRearDefrost>, nullptr},
-    {"climate.mode", get<&S::getAcWindMode>, nullptr},
-    {"climate.fan", get<&S::getAcWindScale>, nullptr},
-    {"climate.left", get<&S::getAcTemperature>, text<&S::getAcTemperatureUnit>},
-    {"climate.right", get<&S::getAcRightTemperature>, text<&S::getAcRightTemperatureUnit>},
-    {"climate.rear", get<&S::isRearClimate>, nullptr},
-    {"climate.front_defrost", get<&S::isFrontDefrost>, nullptr},
-    {"climate.wheel_heat", get<&S::isAcSwcHeat>, nullptr},
-    {"climate.max", get<&S::isAcMax>, nullptr},
-    {"climate.left_heat", get<&S::getAcFrontLeftHeat>, nullptr},
-    {"climate.right_heat", get<&S::getAcFrontRightHeat>, nullptr},
-    {"climate.left_ventilation", get<&S::getLeftVentilation>, nullptr},
-    {"climate.right_ventilation", get<&S::getRightVentilation>, nullptr},
-    {"climate.rear_temperature", get<&S::getAcRearTemperature>, nullptr},
-    {"climate.rear_power_off", get<&S::isPowerOffRear>, nullptr},
-    {"climate.rear_mode", get<&S::getAcWindModeRear>, nullptr},
-    {"climate.rear_fan", get<&S::getAcWindScaleRear>, nullptr},
-    {"climate.rear_left_heat", get<&S::getAcRearLeftHeat>, nullptr},
-    {"climate.rear_right_heat", get<&S::getAcRearRightHeat>, nullptr},
-    {"climate.glass_heat", get<&S::isAcGlassHeat>, nullptr},
-    {"climate.air_care", get<&S::isAirCareActive>, nullptr},
-    {"climate.profile", get<&S::getAirConProfile>, nullptr},
-    {"climate.show_request", get<&S::getAcShowRequest>, nullptr},
-    {"climate.air_clear", get<&S::getAcAirClearStatus>, nullptr},
-    {"climate.manual", get<&S::getManualClimateMode>, nullptr},
-    {"climate.dual_controllable", get<&S::getDualControllableState>, nullptr},
+constexpr Getter radar(const char *name, Inbound report, Reader read, Meaning meaning)
+{
+    return of({name, read, nullptr, {}, {}, meaning, kBands}, report, &S::sigRadarChanged);
+}
 
-    {"radar.front.left", get<&S::getFrontRadarLeftDistance>, nullptr},
-    {"radar.front.middle_left", get<&S::getFrontRadarMiddleLeftDistance>, nullptr},
-    {"radar.front.middle_right", get<&S::getFrontRadarMiddleRightDistance>, nullptr},
-    {"radar.front.right", get<&S::getFrontRadarRightDistance>, nullptr},
-    {"radar.rear.left", get<&S::getRearRadarLeftDistance>, nullptr},
-    {"radar.rear.middle_left", get<&S::getRearRadarMiddleLeftDistance>, nullptr},
-    {"radar.rear.middle_right", get<&S::getRearRadarMiddleRightDistance>, nullptr},
-    {"radar.rear.right", get<&S::getRearRadarRightDistance>, nullptr},
-    {"radar.left.front", get<&S::getLeftRadarFrontDistance>, nullptr},
-    {"radar.left.middle_front", get<&S::getLeftRadarMiddleFrontDistance>, nullptr},
-    {"radar.left.middle_rear", get<&S::getLeftRadarMiddleRearDistance>, nullptr},
-    {"radar.left.rear", get<&S::getLeftRadarRearDistance>, nullptr},
-    {"radar.right.front", get<&S::getRightRadarFrontDistance>, nullptr},
-    {"radar.right.middle_front", get<&S::getRightRadarMiddleFrontDistance>, nullptr},
-    {"radar.right.middle_rear", get<&S::getRightRadarMiddleRearDistance>, nullptr},
-    {"radar.right.rear", get<&S::getRightRadarRearDistance>, nullptr},
-    {"radar.status", get<&S::isRadarStatus>, nullptr},
+constexpr Getter side(const char *name, Reader read)
+{
+    return {name, read, nullptr, {}, {}, nullptr, kBands};
+}
+
+constexpr Getter drive(const char *name, Inbound report, Reader read, Meaning meaning)
+{
+    return of({name, read, nullptr, {}, {}, meaning}, report, &S::drivingDataChanged);
+}
+
+constexpr Getter tyre(const char *name, Reader read, Meaning meaning)
+{
+    return of({name, read, text<&S::getTireUnit>, {}, {}, meaning, kReadings},
+              Inbound::VehicleInfo1, &S::tireDataChanged);
+}
+
+constexpr Getter tyreState(const char *name, Reader read, Meaning meaning)
+{
+    return of({name, read, nullptr, {}, {}, meaning, kStates}, Inbound::VehicleInfo1,
+              &S::tireAlert);
+}
+
+constexpr int id(const char *name) { return static_cast<int>(valueId(name)); }
+
+namespace m = meanings;
+
+// clang-format off
+const Getter kGetters[] = {
+    of({"version", get<&S::version>}, Inbound::Version, &S::sigVersionData),
+
+    door("door.left_front",  get<&S::isLeftFrontDoorOpen>,  m::isSet<id("door.left_front")>),
+    door("door.right_front", get<&S::isRightFrontDoorOpen>, m::isSet<id("door.right_front")>),
+    door("door.left_rear",   get<&S::isLeftRearDoorOpen>,   m::isSet<id("door.left_rear")>),
+    door("door.right_rear",  get<&S::isRightRearDoorOpen>,  m::isSet<id("door.right_rear")>),
+    door("door.rear",        get<&S::isRearDoorOpen>,       m::isSet<id("door.rear")>),
+    {"door.front", get<&S::isFrontDoorOpen>, nullptr, {}, {}, nullptr, words::kOpen},
+    {"door.status", get<&S::getDoorStatus>},
+
+    climate("climate.power",         getNot<&S::isPowerOff>, m::isClear<id("climate.power")>, kLink),
+    alias(climate("climate.power_off", get<&S::isPowerOff>,  m::isSet<id("climate.power")>)),
+    climate("climate.ac",            get<&S::isAc>,          m::isSet<id("climate.ac")>, kLink),
+    climate("climate.inside_air",    get<&S::isInside>,      m::isSet<id("climate.inside_air")>, kLink),
+    climate("climate.auto",          get<&S::isAuto>,        m::isSet<id("climate.auto")>, kLink),
+    climate("climate.dual",          get<&S::isDual>,        m::isClear<id("climate.dual")>, kLink),
+    climate("climate.rear_defrost",  get<&S::isRearDefrost>, m::isSet<id("climate.rear_defrost")>, kLink),
+    climate("climate.mode",          get<&S::getAcWindMode>, m::mapped<id("climate.mode"), m::blowingMode>),
+    climate("climate.fan",           get<&S::getAcWindScale>, m::mapped<id("climate.fan"), m::same>),
+    climate("climate.left",          get<&S::getAcTemperature>, m::leftTemperature, kTemperatures,
+            text<&S::getAcTemperatureUnit>),
+    climate("climate.right",         get<&S::getAcRightTemperature>, m::rightTemperature, kTemperatures,
+            text<&S::getAcRightTemperatureUnit>),
+    climate("climate.rear",          get<&S::isRearClimate>,  m::isSet<id("climate.rear")>, kLink),
+    climate("climate.front_defrost", get<&S::isFrontDefrost>, m::isSet<id("climate.front_defrost")>, kLink),
+    climate("climate.wheel_heat",    get<&S::isAcSwcHeat>,    m::isSet<id("climate.wheel_heat")>, kLink),
+    climate("climate.max",           get<&S::isAcMax>,        m::isSet<id("climate.max")>, kLink),
+    climate("climate.left_seat",  seat<&S::getAcFrontLeftHeat, &S::getLeftVentilation>,
+            m::mapped<id("climate.left_seat"), m::seat>, words::kSeat),
+    climate("climate.right_seat", seat<&S::getAcFrontRightHeat, &S::getRightVentilation>,
+            m::mapped<id("climate.right_seat"), m::seat>, words::kSeat),
+    alias(climate("climate.left_heat",   get<&S::getAcFrontLeftHeat>,  m::mapped<id("climate.left_seat"), m::seatHeat>)),
+    alias(climate("climate.right_heat",  get<&S::getAcFrontRightHeat>, m::mapped<id("climate.right_seat"), m::seatHeat>)),
+    alias(climate("climate.left_ventilation",  get<&S::getLeftVentilation>,
+                  m::mapped<id("climate.left_seat"), m::seatVentilation>)),
+    alias(climate("climate.right_ventilation", get<&S::getRightVentilation>,
+                  m::mapped<id("climate.right_seat"), m::seatVentilation>)),
+    {"climate.rear_temperature", get<&S::getAcRearTemperature>},
+    {"climate.rear_power_off", get<&S::isPowerOffRear>, nullptr, {}, {}, nullptr, kLink},
+    {"climate.rear_mode", get<&S::getAcWindModeRear>},
+    {"climate.rear_fan", get<&S::getAcWindScaleRear>},
+    {"climate.rear_left_heat", get<&S::getAcRearLeftHeat>},
+    {"climate.rear_right_heat", get<&S::getAcRearRightHeat>},
+    {"climate.glass_heat", get<&S::isAcGlassHeat>, nullptr, {}, {}, nullptr, kLink},
+    {"climate.air_care", get<&S::isAirCareActive>, nullptr, {}, {}, nullptr, kLink},
+    {"climate.profile", get<&S::getAirConProfile>},
+    {"climate.show_request", get<&S::getAcShowRequest>},
+    {"climate.air_clear", get<&S::getAcAirClearStatus>},
+    {"climate.manual", get<&S::getManualClimateMode>},
+    {"climate.dual_controllable", get<&S::getDualControllableState>},
+
+    radar("radar.front.left", Inbound::FrontRadar, get<&S::getFrontRadarLeftDistance>,
+          m::mapped<id("radar.front.left"), m::distanceBand>),
+    radar("radar.front.middle_left", Inbound::FrontRadar, get<&S::getFrontRadarMiddleLeftDistance>,
+          m::mapped<id("radar.front.middle_left"), m::distanceBand>),
+    radar("radar.front.middle_right", Inbound::FrontRadar, get<&S::getFrontRadarMiddleRightDistance>,
+          m::mapped<id("radar.front.middle_right"), m::distanceBand>),
+    radar("radar.front.right", Inbound::FrontRadar, get<&S::getFrontRadarRightDistance>,
+          m::mapped<id("radar.front.right"), m::distanceBand>),
+    radar("radar.rear.left", Inbound::RearRadar, get<&S::getRearRadarLeftDistance>,
+          m::mapped<id("radar.rear.left"), m::distanceBand>),
+    radar("radar.rear.middle_left", Inbound::RearRadar, get<&S::getRearRadarMiddleLeftDistance>,
+          m::mapped<id("radar.rear.middle_left"), m::distanceBand>),
+    radar("radar.rear.middle_right", Inbound::RearRadar, get<&S::getRearRadarMiddleRightDistance>,
+          m::mapped<id("radar.rear.middle_right"), m::distanceBand>),
+    radar("radar.rear.right", Inbound::RearRadar, get<&S::getRearRadarRightDistance>,
+          m::mapped<id("radar.rear.right"), m::distanceBand>),
+    side("radar.left.front", get<&S::getLeftRadarFrontDistance>),
+    side("radar.left.middle_front", get<&S::getLeftRadarMiddleFrontDistance>),
+    side("radar.left.middle_rear", get<&S::getLeftRadarMiddleRearDistance>),
+    side("radar.left.rear", get<&S::getLeftRadarRearDistance>),
+    side("radar.right.front", get<&S::getRightRadarFrontDistance>),
+    side("radar.right.middle_front", get<&S::getRightRadarMiddleFrontDistance>),
+    side("radar.right.middle_rear", get<&S::getRightRadarMiddleRearDistance>),
+    side("radar.right.rear", get<&S::getRightRadarRearDistance>),
+    {"radar.status", get<&S::isRadarStatus>, nullptr, {}, {}, nullptr, kLink},
 
     // Texts with their unit inside, as the host shows them.
-    {"drive.speed", driving<&DrivingData::speed>, nullptr},
-    {"drive.range", driving<&DrivingData::range>, nullptr},
-    {"drive.consumption", driving<&DrivingData::consumption>, nullptr},
-    {"drive.odometer", driving<&DrivingData::odometer>, nullptr},
-    {"drive.title1", get<&S::getDrivingDataTitle1>, nullptr},
-    {"drive.title2", get<&S::getDrivingDataTitle2>, nullptr},
-    {"drive.title3", get<&S::getDrivingDataTitle3>, nullptr},
+    drive("drive.speed", Inbound::VehicleInfo2, driving<&DrivingData::speed>,
+          m::shown<id("drive.speed"), m::speed>),
+    drive("drive.range", Inbound::VehicleInfo1, driving<&DrivingData::range>,
+          m::shown<id("drive.range"), m::range>),
+    drive("drive.consumption", Inbound::VehicleInfo1, driving<&DrivingData::consumption>,
+          m::shown<id("drive.consumption"), m::consumption>),
+    drive("drive.odometer", Inbound::VehicleInfo1, driving<&DrivingData::odometer>,
+          m::shown<id("drive.odometer"), m::odometer>),
+    {"drive.title1", get<&S::getDrivingDataTitle1>},
+    {"drive.title2", get<&S::getDrivingDataTitle2>},
+    {"drive.title3", get<&S::getDrivingDataTitle3>},
 
-    {"tyre.alert", get<&S::getTireAlertType>, nullptr},
-    {"tyre.front_left.pressure", get<&S::getTirePressureValueFL>, text<&S::getTireUnit>},
-    {"tyre.front_right.pressure", get<&S::getTirePressureValueFR>, text<&S::getTireUnit>},
-    {"tyre.rear_left.pressure", get<&S::getTirePressureValueRL>, text<&S::getTireUnit>},
-    {"tyre.rear_right.pressure", get<&S::getTirePressureValueRR>, text<&S::getTireUnit>},
-    {"tyre.front_left.state", get<&S::getTireStatusFL>, nullptr},
-    {"tyre.front_right.state", get<&S::getTireStatusFR>, nullptr},
-    {"tyre.rear_left.state", get<&S::getTireStatusRL>, nullptr},
-    {"tyre.rear_right.state", get<&S::getTireStatusRR>, nullptr},
+    // Leaves its first value with the first frame, without a signal when all is well.
+    quiet(of({"tyre.alert", get<&S::getTireAlertType>, nullptr, {}, {}, m::tyreAlert, kReadings},
+             Inbound::VehicleInfo1, &S::tireAlert)),
+    tyre("tyre.front_left.pressure", get<&S::getTirePressureValueFL>,
+         m::measured<id("tyre.front_left.pressure"), m::tyrePressure>),
+    tyre("tyre.front_right.pressure", get<&S::getTirePressureValueFR>,
+         m::measured<id("tyre.front_right.pressure"), m::tyrePressure>),
+    tyre("tyre.rear_left.pressure", get<&S::getTirePressureValueRL>,
+         m::measured<id("tyre.rear_left.pressure"), m::tyrePressure>),
+    tyre("tyre.rear_right.pressure", get<&S::getTirePressureValueRR>,
+         m::measured<id("tyre.rear_right.pressure"), m::tyrePressure>),
+    tyreState("tyre.front_left.state", get<&S::getTireStatusFL>,
+              m::mapped<id("tyre.front_left.state"), m::tyreState>),
+    tyreState("tyre.front_right.state", get<&S::getTireStatusFR>,
+              m::mapped<id("tyre.front_right.state"), m::tyreState>),
+    tyreState("tyre.rear_left.state", get<&S::getTireStatusRL>,
+              m::mapped<id("tyre.rear_left.state"), m::tyreState>),
+    tyreState("tyre.rear_right.state", get<&S::getTireStatusRR>,
+              m::mapped<id("tyre.rear_right.state"), m::tyreState>),
 
-    {"battery.voltage", get<&S::getBatteryVoltageValue>, text<&S::getBatteryVoltageUnit>},
-    {"battery.alert", get<&S::getBatteryVoltageAlertType>, nullptr},
+    of({"battery.voltage", get<&S::getBatteryVoltageValue>, text<&S::getBatteryVoltageUnit>, {}, {},
+        m::measured<id("battery.voltage"), m::voltage>, kReadings},
+       Inbound::VehicleInfo2, &S::batteryVoltageChange),
+    {"battery.alert", get<&S::getBatteryVoltageAlertType>},
 
-    {"ambient.colour", ambient<&AmbientLightData::colour>, nullptr},
-    {"ambient.level", ambient<&AmbientLightData::level>, nullptr},
-    {"ambient.status", get<&S::getAmbientStatus>, nullptr},
+    of({"ambient.colour", ambient<&AmbientLightData::colour>, nullptr, {}, {}, m::ambientColour},
+       Inbound::AmbientLight, &S::sigAmbientChanged),
+    of({"ambient.level", ambient<&AmbientLightData::level>, nullptr, {}, {},
+        m::mapped<id("ambient.level"), m::fifth>},
+       Inbound::AmbientLight, &S::sigAmbientChanged),
+    {"ambient.status", get<&S::getAmbientStatus>},
 
-    {"unit.temperature", unitValue<3>, unitText<3>},
-    {"unit.pressure", unitValue<5>, unitText<5>},
+    // A command of the host changes the value at once; the box's report announces it.
+    of({"unit.temperature", unitValue<3>, nullptr, {}, {},
+        m::setting<id("unit.temperature"), 1>, words::kDegrees},
+       Inbound::UnitSettings, &S::unitDataChanged),
+    of({"unit.pressure", unitValue<5>, nullptr, {}, {},
+        m::setting<id("unit.pressure"), 2>, words::kPressure},
+       Inbound::UnitSettings, &S::unitDataChanged),
 
-    {"engine.speed", get<&S::getRotate>, nullptr},
-    {"engine.coolant", get<&S::getCoolantTemp>, text<&S::getCoolantTempUnit>},
+    {"engine.speed", get<&S::getRotate>, nullptr, {}, {}, nullptr, kReadings},
+    {"engine.coolant", get<&S::getCoolantTemp>, text<&S::getCoolantTempUnit>, {}, {}, nullptr, kReadings},
     {"speed", get<&S::getSpeed>, text<&S::getSpeedUnit>},
     {"outside.temperature", get<&S::getTemperature>, text<&S::getTemperatureUnit>},
-    {"outside.temperature_text", get<&S::getTemperatureStr>, nullptr},
-    {"mileage.time", get<&S::getTimeAllMileage>, nullptr},
-    {"mileage.oil", get<&S::getOilAllMileage>, nullptr},
-    {"mileage.units", get<&S::getMileageUnits>, nullptr},
-    {"glonass", get<&S::getEarGlonass>, nullptr},
-    {"camera.mode", get<&S::getCameraMode>, nullptr},
-    {"driving_position", get<&S::getCanDrivingPosition>, nullptr},
+    {"outside.temperature_text", get<&S::getTemperatureStr>},
+    {"mileage.time", get<&S::getTimeAllMileage>},
+    {"mileage.oil", get<&S::getOilAllMileage>},
+    {"mileage.units", get<&S::getMileageUnits>},
+    {"glonass", get<&S::getEarGlonass>},
+    {"camera.mode", get<&S::getCameraMode>},
+    {"driving_position", get<&S::getCanDrivingPosition>},
 };
+// clang-format on
 
-QString temperatureText(const Snapshot::Value &temperature)
+const Word *wordOf(const Getter &row, const Value &value)
 {
-    if (temperature.value == -100.0F)
-        return QStringLiteral("low");
-    if (temperature.value == -101.0F)
-        return QStringLiteral("high");
-    return temperature.value == -1.0F ? QStringLiteral("--") : temperature.text();
+    if (isText(value))
+        return nullptr;
+    const double number = numberOf(value);
+    const Word *word = std::find_if(row.words.begin(), row.words.end(), [&](const Word &candidate) {
+        return static_cast<double>(candidate.raw) == number;
+    });
+    return word == row.words.end() ? nullptr : word;
 }
 
 } // namespace
@@ -181,80 +314,14 @@ int findGetter(const QString &name)
     return found == std::end(kGetters) ? -1 : static_cast<int>(found - std::begin(kGetters));
 }
 
-QString valueText(const QVariant &value)
+QString Getter::text(const Value &value, const QString &unitText) const
 {
-    if (value.userType() == QMetaType::Float)
-        return QString::number(static_cast<double>(value.toFloat()), 'g', 6);
-    return value.toString();
+    if (const Word *word = wordOf(*this, value))
+        return QLatin1String(word->text);
+    const QString number = plainText(value);
+    return unitText.isEmpty() ? number : number + QLatin1Char(' ') + unitText;
 }
 
-QString Snapshot::Value::text() const
-{
-    const QString number = valueText(value);
-    return unit.isEmpty() ? number : number + QLatin1Char(' ') + unit;
-}
-
-Snapshot::Snapshot(CanServiceBase &service)
-{
-    mValues.reserve(getterCount());
-    for (const Getter &row : kGetters)
-        mValues.append({row.read(service), row.unit ? row.unit(service) : QString()});
-}
-
-Snapshot::Value Snapshot::value(const char *name) const
-{
-    return mValues.value(findGetter(QLatin1String(name)));
-}
-
-QVector<Snapshot::Change> Snapshot::changesSince(const Snapshot &earlier) const
-{
-    QVector<Change> changes;
-    const int count = qMin(mValues.size(), earlier.mValues.size());
-    for (int i = 0; i < count; ++i)
-        if (!(mValues.at(i) == earlier.mValues.at(i)))
-            changes.append({i, earlier.mValues.at(i), mValues.at(i)});
-    return changes;
-}
-
-QString climateLine(const Snapshot &state)
-{
-    constexpr struct
-    {
-        const char *getter, *text;
-    } kSwitches[] = {
-        {"climate.ac", "A/C"},
-        {"climate.max", "max A/C"},
-        {"climate.auto", "auto"},
-        {"climate.dual", "dual"},
-        {"climate.inside_air", "inside air"},
-        {"climate.front_defrost", "front defrost"},
-        {"climate.rear_defrost", "rear defrost"},
-        {"climate.rear", "rear climate"},
-        {"climate.wheel_heat", "wheel heat"},
-    };
-    constexpr struct
-    {
-        const char *getter, *text;
-    } kLevels[] = {
-        {"climate.left_heat", "left seat heat"},
-        {"climate.right_heat", "right seat heat"},
-        {"climate.left_ventilation", "left seat vent"},
-        {"climate.right_ventilation", "right seat vent"},
-    };
-
-    QStringList parts;
-    parts += state.isOn("climate.power_off") ? QStringLiteral("off") : QStringLiteral("on");
-    parts += temperatureText(state.value("climate.left")) + QStringLiteral(" | ") +
-             temperatureText(state.value("climate.right"));
-    parts += QStringLiteral("fan ") + state.value("climate.fan").text();
-    parts += QStringLiteral("mode ") + state.value("climate.mode").text();
-    for (const auto &row : kSwitches)
-        if (state.isOn(row.getter))
-            parts += QLatin1String(row.text);
-    for (const auto &row : kLevels)
-        if (state.isOn(row.getter))
-            parts += QLatin1String(row.text) + QLatin1Char(' ') + state.value(row.getter).text();
-    return parts.join(QStringLiteral(", "));
-}
+QString Getter::textOf(CanServiceBase &service) const { return text(read(service), unitOf(service)); }
 
 } // namespace bench

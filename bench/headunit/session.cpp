@@ -1,6 +1,6 @@
-#include "session.h"
+#include "bench/headunit/session.h"
 
-#include "pluginfile.h"
+#include "bench/headunit/pluginfile.h"
 
 #include <canbusmanager.h>
 #include <serialport.h>
@@ -12,29 +12,75 @@ namespace bench {
 using canservice::SerialMonitor;
 using canservice::SerialPort;
 
+namespace {
+
+// The bench's own events.
+const struct
+{
+    QString name;
+    QStringList arguments;
+} kBenchEvents[] = {
+    {QStringLiteral("device"), {QStringLiteral("open"), QStringLiteral("message")}},
+    {QStringLiteral("cluster"),
+     {QStringLiteral("source"), QStringLiteral("line1"), QStringLiteral("line2"),
+      QStringLiteral("clock")}},
+};
+
+} // namespace
+
+bool Event::isLink() const { return name == interfaceSignals().at(linkSignal()).name; }
+
+QStringList eventArguments(const QString &event)
+{
+    for (const auto &row : kBenchEvents)
+        if (row.name == event)
+            return row.arguments;
+    const int signal = findSignal(event);
+    return signal < 0 ? QStringList() : interfaceSignals().at(signal).arguments;
+}
+
+QStringList eventNames()
+{
+    QStringList names;
+    for (const auto &row : kBenchEvents)
+        names += row.name;
+    for (const SignalInfo &row : interfaceSignals())
+        names += row.name;
+    return names;
+}
+
 Session::Session(const SessionOptions &options, QObject *parent)
     : QObject(parent)
     , mOptions(options)
 {
-    mClock.start();
-    connect(&mHost, &PluginHost::event, this, &Session::onEvent);
+    connect(&mHost, &PluginHost::event, this, [this](int signal, const QVector<Value> &arguments) {
+        onEvent(interfaceSignals().at(signal).name, arguments, signal);
+    });
+    connect(&mFromBox, &LineCutter::item, this, &Session::received);
 
     const SerialMonitor *monitor = SerialMonitor::instance();
-    connect(monitor, &SerialMonitor::received, &mFromBox, &FrameReader::feed);
+    connect(monitor, &SerialMonitor::received, this, &Session::onReceived);
     connect(monitor, &SerialMonitor::written, this,
-            [this](const QByteArray &bytes, bool, bool delivered) {
-                if (delivered)
-                    mToBox.feed(bytes);
-                else
-                    ++mSummary.droppedWrites;
-            });
+            [this](const QByteArray &bytes, bool, bool delivered) { onWritten(bytes, delivered); });
     connect(monitor, &SerialMonitor::connectionChanged, this,
             [this](bool open, const QString &message) {
                 mFromBox.reset();
+                mDeviceOpen = open;
+                mBytesIn = mBoxBytes; // What was on the line is gone.
+                mBytesOut = mBoxEnd ? mBoxEnd->box().receivedBytes() : 0;
                 onEvent(QStringLiteral("device"), {open, message});
             });
-    connect(&mCar, &VirtualCar::clusterChanged, this, [this] {
-        const Cluster &shown = mCar.cluster();
+    mAroundTmr.setSingleShot(true);
+    mAroundTmr.setInterval(0);
+    connect(&mAroundTmr, &QTimer::timeout, this, &Session::lookAround);
+    if (!mOptions.device.isEmpty())
+        return;
+    mBoxEnd = std::make_unique<BoxEnd>(mClock, mOptions.seed);
+    mBoxEnd->car().setTwoCodesPerSensor(hasTwoCodesPerSensor(mOptions.carModel));
+    connect(&mBoxEnd->box(), &VirtualBox::transmit, this,
+            [this](const QByteArray &bytes) { mBoxBytes += bytes.size(); });
+    connect(&mBoxEnd->car(), &VirtualCar::clusterChanged, this, [this] {
+        const Cluster &shown = mBoxEnd->car().cluster();
         onEvent(QStringLiteral("cluster"),
                 {shown.source, shown.lines[0], shown.lines[1], shown.clock});
     });
@@ -44,20 +90,18 @@ Session::~Session()
 {
     if (mStarted)
         service().stop();
+    mState.end();
     mHost.unload(); // While what listens to its last words is still there.
 }
 
 QString Session::open()
 {
     QString device = mOptions.device;
-    if (device.isEmpty()) {
-        mTerminal = std::make_unique<PseudoTerminal>();
-        if (!mTerminal->isPlugged())
-            return mTerminal->errorString();
-        connect(mTerminal.get(), &PseudoTerminal::received, &mBox, &VirtualBox::receive);
-        connect(&mBox, &VirtualBox::transmit, mTerminal.get(), &PseudoTerminal::write);
-        mCar.setTwoCodesPerSensor(VirtualCar::hasTwoCodesPerSensor(mOptions.carModel));
-        device = mTerminal->path();
+    if (mBoxEnd) {
+        const QString problem = mBoxEnd->open();
+        if (!problem.isEmpty())
+            return problem;
+        device = mBoxEnd->terminal().path();
     }
     SerialPort::setDefaultDevice(device);
     CanBusManager::instance()->setCarModelId(mOptions.carModel);
@@ -69,7 +113,7 @@ void Session::start()
 {
     mStarted = true;
     service().start();
-    mState = readState();
+    mState.begin(&service());
 }
 
 void Session::stop()
@@ -83,18 +127,46 @@ void Session::stop()
     loop.exec();
 }
 
-void Session::onEvent(const QString &name, const QVariantList &arguments)
+void Session::onEvent(const QString &name, const QVector<Value> &arguments, int signal)
 {
     ++mSummary.events[name];
-    if (name == QLatin1String("notifyCanbusStatus"))
-        mLinkCode = arguments.first().toInt();
-    Event event{seconds(), name, arguments, {}};
-    if (mStarted && mOptions.readsState) {
-        const Snapshot now = readState();
-        event.changes = now.changesSince(mState);
-        mState = now;
+    if (signal >= 0 && signal == linkSignal())
+        mLinkCode = std::get<int>(arguments.first());
+    emit happened({seconds(), name, arguments,
+                   signal >= 0 ? mState.changesWith(signal) : QVector<Change>()});
+}
+
+void Session::lookAround()
+{
+    const QVector<Change> changes = mState.lookAround();
+    if (!changes.isEmpty())
+        emit happened({seconds(), QStringLiteral("state"), {}, changes});
+}
+
+void Session::onReceived(const QByteArray &bytes)
+{
+    mBytesIn += bytes.size();
+    mLastByte = seconds();
+    mAroundTmr.start();
+    mFromBox.feed(bytes, mClock.microseconds());
+}
+
+void Session::onWritten(const QByteArray &bytes, bool delivered)
+{
+    if (!delivered) {
+        ++mSummary.droppedWrites;
+        return;
     }
-    emit happened(event);
+    mBytesOut += bytes.size();
+    mToBox.feed(bytes, mClock.microseconds());
+}
+
+bool Session::isQuiet()
+{
+    if (!mBoxEnd || !mBoxEnd->isPlugged())
+        return true;
+    return mBoxEnd->isQuiet() && mBoxEnd->box().receivedBytes() == mBytesOut &&
+           mBytesIn == mBoxBytes;
 }
 
 const Summary &Session::summary()
@@ -102,14 +174,6 @@ const Summary &Session::summary()
     mSummary.fromBox = mFromBox.counts();
     mSummary.toBox = mToBox.counts();
     return mSummary;
-}
-
-void Session::unplug() { mTerminal->unplug(); }
-
-bool Session::plug()
-{
-    mBox.awaitHost();
-    return mTerminal->plug();
 }
 
 } // namespace bench

@@ -1,13 +1,10 @@
-// One run of the plug-in, on the embedded box or on a real device.
+// One run of the plug-in in its host, on the embedded box or on a real device.
 #pragma once
 
-#include "framereader.h"
-#include "getters.h"
-#include "pluginhost.h"
-#include "pseudoterminal.h"
-#include "virtualbox.h"
-
-#include <QElapsedTimer>
+#include "bench/box/boxend.h"
+#include "bench/headunit/pluginhost.h"
+#include "bench/headunit/statewatch.h"
+#include "bench/wire/linecutter.h"
 
 #include <memory>
 
@@ -19,20 +16,26 @@ struct SessionOptions
     QString device; ///< Empty: an embedded box.
     int carModel = 1;
     int carIndex = 1;
-    bool readsState = true; ///< Asks all getters at each event; without, an event has no changes.
+    quint32 seed = 1; ///< Of the embedded box's faults.
 };
 
 /// Something that happened on the host's side.
 struct Event
 {
     double seconds; ///< Since the session was made.
-    /// A signal of the service, or `device` (arguments: open, message) or `cluster` (source, lines,
-    /// clock).
+    /// A signal of the service, or one of the bench's own: `device` (open, message), `cluster`
+    /// (source, lines, clock) and `state` (changes that no signal told of).
     QString name;
-    QVariantList arguments;
-    QVector<Snapshot::Change>
-        changes; ///< What the getters answer differently since the last event.
+    QVector<Value> arguments;
+    QVector<Change> changes;
+
+    bool isLink() const;
 };
+
+/// The names of an event's arguments, also of the bench's own events; empty for an unknown event.
+QStringList eventArguments(const QString &event);
+/// The signals of the service and the bench's own events.
+QStringList eventNames();
 
 /// What a session has counted. The line is seen from the host.
 struct Summary
@@ -57,41 +60,50 @@ public:
     void start();
     /// Stops the service and lets the event loop run for 50 ms, so that the box hears of it.
     void stop();
+    bool isStarted() const { return mStarted; }
 
     CanServiceBase &service() { return *mHost.service(); }
-    const Snapshot &state() const { return mState; }
-    /// Asks all getters again; what changed since the last event is part of the next one.
-    Snapshot readState() { return Snapshot(service()); }
+    const StateWatch &state() const { return mState; }
     int linkCode() const { return mLinkCode; } ///< -1 before the first one.
-    double seconds() const { return static_cast<double>(mClock.nsecsElapsed()) / 1e9; }
+    bool isDeviceOpen() const { return mDeviceOpen; }
+    double seconds() const { return static_cast<double>(mClock.nanoseconds()) / 1e9; }
+    /// Seconds since the box's last byte; since the session's making before the first.
+    double secondsSinceByte() const { return seconds() - mLastByte; }
+    const Clock &clock() const { return mClock; }
+    const SessionOptions &options() const { return mOptions; }
     const Summary &summary();
 
-    bool isEmbedded() const { return mTerminal != nullptr; }
-    // The embedded side; only when isEmbedded().
-    VirtualCar &car() { return mCar; }
-    VirtualBox &box() { return mBox; }
-    PseudoTerminal &terminal() { return *mTerminal; }
-    void unplug();
-    /// Plugs the box in again. \returns false when there is no device left for it.
-    bool plug();
+    /// Null on a real device.
+    BoxEnd *boxEnd() { return mBoxEnd.get(); }
+    /// Everything that host or box have sent has arrived and was answered.
+    bool isQuiet();
 
 signals:
     void happened(const bench::Event &event);
+    /// What came from the box, cut as the service cuts it.
+    void received(const bench::LineItem &item);
 
 private:
-    void onEvent(const QString &name, const QVariantList &arguments);
+    void onEvent(const QString &name, const QVector<Value> &arguments, int signal = -1);
+    void lookAround();
+    void onReceived(const QByteArray &bytes);
+    void onWritten(const QByteArray &bytes, bool delivered);
 
     const SessionOptions mOptions;
-    QElapsedTimer mClock;
-    VirtualCar mCar;
-    VirtualBox mBox{&mCar};
-    std::unique_ptr<PseudoTerminal> mTerminal;
+    SteadyClock mClock;
+    std::unique_ptr<BoxEnd> mBoxEnd;
     PluginHost mHost;
-    FrameReader mFromBox;
-    FrameReader mToBox;
-    Snapshot mState;
+    LineCutter mFromBox{LineCutter::Host};
+    LineCutter mToBox{LineCutter::Box};
+    StateWatch mState;
+    QTimer mAroundTmr; ///< After what was received has been handled.
     int mLinkCode = -1;
     bool mStarted = false;
+    bool mDeviceOpen = false;
+    double mLastByte = 0;
+    qint64 mBytesIn = 0;
+    qint64 mBytesOut = 0;
+    qint64 mBoxBytes = 0; ///< That the embedded box has put on the line.
     Summary mSummary;
 };
 

@@ -1,44 +1,62 @@
-// Whether the host was ever shown a value that the box did not send.
+// Whether the host's view is the car's.
 #pragma once
 
-#include "linecutter.h"
-#include "session.h"
+#include "bench/headunit/session.h"
 
+#include <QPair>
 #include <QSet>
 
 namespace bench {
 
-/// Collects what the getters and key events of a session showed, and what the box sent before any
-/// fault touched it. What those frames mean is asked of the plug-in itself, afterwards: what it
-/// shows for them and nothing else is what may have been shown.
-class ValueWitness : public QObject
+/// Watches a session on the embedded box and compares, over all values, what the host shows with
+/// what the wire means.
+class Witness : public QObject
 {
     Q_OBJECT
 
 public:
     /// Watches from now on.
-    explicit ValueWitness(Session *session, QObject *parent = nullptr);
+    explicit Witness(Session *session, QObject *parent = nullptr);
 
-    struct Verdict
+    /// How the host's getters differ from the car now, as `door.rear is closed instead of open`. A
+    /// report that the host has not had yet, or that a frame of no car has overwritten, is left out.
+    QStringList differences() const;
+    /// Whether the two can be compared: the link is up and nothing is on its way.
+    bool isComparable() const;
+    /// Lets the event loop run until they can be compared, for \p milliseconds at most.
+    void settle(int milliseconds) const;
+
+    /// Of what the host has shown, as many values as were never sent by the box.
+    struct History
     {
-        int shown = 0;     ///< Different values of all getters.
-        int neverSent = 0; ///< Those of them that no frame of the box means.
-        /// Those of neverSent that came in damaged frames whose checksum is right: a sum cannot see
-        /// two errors that cancel out, such as bytes that changed places.
-        int unseenDamage = 0;
-        QStringList unexplained; ///< The rest of neverSent, as `door.rear is true`.
+        int shown = 0;    ///< Different values.
+        int reports = 0;  ///< Good frames of a known type and length that reached the host.
+        int unsent = 0;   ///< Those of them that the box never sent.
+        int damaged = 0;  ///< Values shown that only such a frame means: a sum cannot see two errors
+                          ///< that cancel out, such as bytes that changed places.
+        QStringList unexplained; ///< Values shown that no frame means, as `door.rear is open`.
     };
+    const History &history() const { return mHistory; }
 
-    /// To be called when the session is gone, because the plug-in has one service.
-    /// \returns an empty text, or why the plug-in could not be asked.
-    QString judge(const QString &plugin, int carModel, Verdict *verdict) const;
+    /// The history and the differences as rows for a summary.
+    QVector<QPair<QString, qint64>> summary(const QStringList &differences) const;
 
 private:
-    QSet<QString> mShown;
-    QSet<QByteArray> mIsSent;
-    QList<QByteArray> mSent;   ///< Each frame once, in the order of sending.
-    QSet<QByteArray> mDamaged; ///< Frames with a right checksum that were never sent.
-    LineCutter mReceived{false};
+    using Statement = QPair<int, QString>; ///< A getter, or -1 for the key, and its text.
+
+    void onSent(Inbound type, const QByteArray &payload);
+    void onReceived(const LineItem &item);
+    void onEvent(const Event &event);
+    void note(const Statement &statement);
+    QVector<Statement> meaningOf(Inbound type, const QByteArray &payload) const;
+
+    Session *const mSession;
+    QSet<QByteArray> mSent; ///< Data type and payload.
+    QSet<Statement> mMeant;
+    QSet<Statement> mMeantByDamage;
+    QSet<Statement> mShown;
+    QSet<int> mReceived; ///< Data types that the host has had.
+    History mHistory;
 };
 
 } // namespace bench
