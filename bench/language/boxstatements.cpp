@@ -1,7 +1,6 @@
 // The steps of the box, its line and its cable.
-#include "scenariosteps.h"
-
-#include "closestname.h"
+#include "bench/language/closestname.h"
+#include "bench/language/parser.h"
 
 namespace bench {
 
@@ -9,45 +8,55 @@ using namespace steps;
 
 namespace {
 
-bool readFaultKind(LineReader &line, Fault *fault)
+enum : bool { One, All };
+
+// A kind of fault, or `all` of them where that is possible.
+bool readFaultKind(LineReader &line, bool all, QVector<Fault> *faults)
 {
     QString name;
     if (!line.text("a kind of fault", &name))
         return false;
-    const FaultInfo *info = findFault(name);
-    if (info) {
-        *fault = info->fault;
+    for (int i = 0; i < kFaultCount; ++i)
+        if (name == QLatin1String(faultInfo(i).name)) {
+            faults->append(faultInfo(i).fault);
+            return true;
+        }
+    if (all && name == QLatin1String("all")) {
+        for (int i = 0; i < kFaultCount; ++i)
+            faults->append(faultInfo(i).fault);
         return true;
     }
-    QStringList names;
-    for (int i = 0; i < kFaultCount; ++i)
-        names += QLatin1String(faultInfo(i).name);
+    const QStringList names = faultNames();
     return line.fail(QStringLiteral("there is no fault '%1'; possible: %2%3")
                          .arg(name, names.join(", "), didYouMean(name, names)));
 }
 
 } // namespace
 
-bool readFrame(LineReader &line, ScenarioContext &context)
+bool readFrame(LineReader &line, ParseContext &context)
 {
-    int type = 0, byte = 0;
+    int type = 0;
     QByteArray payload;
-    if (!line.number("a data type", 0, 255, &type))
+    if (!line.number("a data type", 0, 255, &type) || !line.bytes("a payload byte", &payload))
         return false;
-    while (!line.atEnd()) {
-        if (!line.number("a payload byte", 0, 255, &byte))
-            return false;
-        payload.append(static_cast<char>(byte));
-    }
-    if (payload.size() > 255)
+    if (payload.size() > canbox::kMaxPayload)
         return line.fail(QStringLiteral("a frame has room for 255 payload bytes"));
-    return context.add(Frame{static_cast<quint8>(type), payload});
+    return context.add(Frame{Inbound{static_cast<quint8>(type)}, payload});
 }
 
-bool readSilence(LineReader &, ScenarioContext &context) { return context.add(Box::Silent); }
-bool readSpeak(LineReader &, ScenarioContext &context) { return context.add(Box::Speaking); }
+bool readBytes(LineReader &line, ParseContext &context)
+{
+    int first = 0;
+    QByteArray rest;
+    if (!line.number("a byte", 0, 255, &first) || !line.bytes("a byte", &rest))
+        return false;
+    return context.add(Bytes{static_cast<char>(first) + rest});
+}
 
-bool readUnplug(LineReader &line, ScenarioContext &context)
+bool readSilence(LineReader &, ParseContext &context) { return context.add(Box::Silent); }
+bool readSpeak(LineReader &, ParseContext &context) { return context.add(Box::Speaking); }
+
+bool readUnplug(LineReader &line, ParseContext &context)
 {
     if (!context.plugged)
         return line.fail(QStringLiteral("the box is unplugged already; 'plug' it in before"));
@@ -55,7 +64,7 @@ bool readUnplug(LineReader &line, ScenarioContext &context)
     return context.add(Box::Unplugged);
 }
 
-bool readPlug(LineReader &line, ScenarioContext &context)
+bool readPlug(LineReader &line, ParseContext &context)
 {
     if (context.plugged)
         return line.fail(QStringLiteral("the box is plugged in already; 'unplug' it before"));
@@ -63,24 +72,26 @@ bool readPlug(LineReader &line, ScenarioContext &context)
     return context.add(Box::Plugged);
 }
 
-bool readFault(LineReader &line, ScenarioContext &context)
+bool readFault(LineReader &line, ParseContext &context)
 {
     if (line.accept("none"))
         return context.add(NoFaults{});
-    Fault fault{};
+    QVector<Fault> faults;
     double rate = 0;
-    if (!readFaultKind(line, &fault))
+    if (!readFaultKind(line, line.follows("rate"), &faults))
         return false;
     if (!line.accept("rate"))
-        return context.add(InjectFault{fault});
+        return context.add(InjectFault{faults.first()});
     FaultRates step;
     for (;;) {
         if (!line.share("a probability per frame", &rate))
             return false;
-        step.rates.append({fault, rate});
+        for (const Fault fault : qAsConst(faults))
+            step.rates.append({fault, rate});
         if (!line.accept(","))
             return context.add(step);
-        if (!readFaultKind(line, &fault) || !line.expect("rate"))
+        faults.clear();
+        if (!readFaultKind(line, All, &faults) || !line.expect("rate"))
             return false;
     }
 }

@@ -1,4 +1,4 @@
-#include "closestname.h"
+#include "bench/language/closestname.h"
 
 #include <QVector>
 

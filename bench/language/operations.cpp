@@ -1,6 +1,6 @@
-#include "scenariooperations.h"
+#include "bench/language/operations.h"
 
-#include "closestname.h"
+#include "bench/language/closestname.h"
 
 #include <canservicebase.h>
 
@@ -10,14 +10,14 @@ namespace bench {
 
 namespace {
 
-struct Word
+struct NamedNumber
 {
     const char *text;
     int number;
 };
 
 // The climate keys, by what they do in the virtual car.
-constexpr Word kClimateKeys[] = {
+constexpr NamedNumber kClimateKeys[] = {
     {"power", 0},
     {"ac", 2},
     {"auto", 3},
@@ -40,8 +40,10 @@ constexpr Word kClimateKeys[] = {
     {"blowing_mode", 31},
     {"rear", 34},
 };
-constexpr Word kCarSettings[] = {{"ambient_level", 4}, {"ambient_colour", 5}};
-constexpr Word kUnits[] = {{"temperature", 3}, {"pressure", 5}};
+constexpr int kAmbientColour = 5;
+constexpr int kAmbientColours = 8;
+constexpr NamedNumber kCarSettings[] = {{"ambient_level", 4}, {"ambient_colour", kAmbientColour}};
+constexpr NamedNumber kUnits[] = {{"temperature", 3}, {"pressure", 5}};
 
 constexpr struct
 {
@@ -62,13 +64,13 @@ constexpr struct
 
 // A word of the table, or any number.
 template <std::size_t Count>
-bool readWord(LineReader &line, const char *what, const Word (&words)[Count], int *result)
+bool readWord(LineReader &line, const char *what, const NamedNumber (&words)[Count], int *result)
 {
     QString text;
     if (!line.text(what, &text))
         return false;
     QStringList names;
-    for (const Word &word : words) {
+    for (const NamedNumber &word : words) {
         if (text == QLatin1String(word.text)) {
             *result = word.number;
             return true;
@@ -99,8 +101,16 @@ bool readClimateKey(LineReader &line, HostCall *call)
 bool readCarSetting(LineReader &line, HostCall *call)
 {
     int key = 0, value = 0;
-    if (!readWord(line, "a car setting", kCarSettings, &key) ||
-        !line.number("a value", -32768, 65535, &value))
+    if (!readWord(line, "a car setting", kCarSettings, &key))
+        return false;
+    if (key == kAmbientColour && line.accept("next")) {
+        *call = [](CanServiceBase &service) {
+            const int colour = service.getCarSettingData().ambient.colour;
+            service.sendCarSettingKey(kAmbientColour, (colour + 1) % kAmbientColours);
+        };
+        return true;
+    }
+    if (!line.number("a value", -32768, 65535, &value))
         return false;
     *call = [=](CanServiceBase &service) { service.sendCarSettingKey(key, value); };
     return true;
@@ -180,7 +190,7 @@ constexpr struct
     bool (*read)(LineReader &line, HostCall *call);
 } kOperations[] = {
     {"climate_key", "KEY [VALUE]", readClimateKey},
-    {"car_setting", "SETTING VALUE", readCarSetting},
+    {"car_setting", "SETTING VALUE|next", readCarSetting},
     {"unit", "SETTING", readUnit},
     {"source", "NAME TYPE [TEXT]...", readSource},
     {"clock", "YYYY-MM-DD HH:MM", readClock},

@@ -1,7 +1,7 @@
 // The host's operations that a scenario may call, by name.
 #pragma once
 
-#include "scenarioline.h"
+#include "bench/language/tokens.h"
 
 #include <functional>
 

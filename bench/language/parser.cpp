@@ -1,14 +1,10 @@
-#include "scenario.h"
-
-#include "scenariosteps.h"
+#include "bench/language/parser.h"
 
 #include <QTextCodec>
 
 namespace bench {
 
-namespace {
-
-void readLine(const QString &text, int number, ScenarioContext &context)
+void parseLine(const QString &text, int number, ParseContext &context)
 {
     Scenario &scenario = *context.scenario;
     Mistake mistake{number, 0, {}};
@@ -17,24 +13,37 @@ void readLine(const QString &text, int number, ScenarioContext &context)
         return scenario.mistakes.append(mistake);
     if (tokens.isEmpty())
         return;
-    const Token &last = tokens.last();
     const int firstStep = scenario.steps.size();
     LineReader line(tokens, number);
     if (!readStep(line, context))
         scenario.mistakes.append(line.mistake());
-    const QString shown = text.left(last.endColumn - 1).trimmed();
+    const QString shown = text.left(tokens.last().endColumn - 1).trimmed();
     for (int i = firstStep; i < scenario.steps.size(); ++i) {
-        scenario.steps[i].line = number;
-        scenario.steps[i].text = shown;
+        Step &step = scenario.steps[i];
+        step.line = number;
+        step.text = shown;
+        step.column = tokens.first().column;
     }
 }
 
-} // namespace
+QString parseWords(const QStringList &words, ParseContext &context)
+{
+    QVector<Token> tokens;
+    for (const QString &word : words)
+        tokens.append({word, 1, 1, false});
+    LineReader line(tokens, 1);
+    const int firstStep = context.scenario->steps.size();
+    if (!readStep(line, context))
+        return line.mistake().text;
+    for (int i = firstStep; i < context.scenario->steps.size(); ++i)
+        context.scenario->steps[i].text = words.join(QLatin1Char(' '));
+    return {};
+}
 
 Scenario parseScenario(const QByteArray &text)
 {
     Scenario scenario;
-    ScenarioContext context{&scenario};
+    ParseContext context{&scenario};
     int number = 0;
     for (const QByteArray &bytes : text.split('\n')) {
         ++number;
@@ -45,24 +54,9 @@ Scenario parseScenario(const QByteArray &text)
             scenario.mistakes.append({number, 1, QStringLiteral("this line is not UTF-8 text")});
             break; // The rest of such a file is not worth a hundred mistakes.
         }
-        readLine(line, number, context);
+        parseLine(line, number, context);
     }
     return scenario;
-}
-
-QVector<Mistake> checkExpectations(const Scenario &scenario, const Snapshot &state)
-{
-    QVector<Mistake> mistakes;
-    for (const Step &step : scenario.steps) {
-        const auto *expect = std::get_if<steps::Expect>(&step.action);
-        if (!expect || findGetter(expect->expectation.name) < 0)
-            continue;
-        const QVariant sample = state.at(findGetter(expect->expectation.name)).value;
-        const QString problem = expect->expectation.problemWith(sample);
-        if (!problem.isEmpty())
-            mistakes.append({step.line, expect->column, problem});
-    }
-    return mistakes;
 }
 
 } // namespace bench

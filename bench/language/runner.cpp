@@ -1,7 +1,6 @@
-#include "scenarioplayer.h"
+#include "bench/language/runner.h"
 
 #include <QEventLoop>
-#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -11,8 +10,7 @@ namespace bench {
 
 namespace {
 
-constexpr int kRampTick = 20; // ms
-constexpr int kPollTick = 5;  // ms; a getter may change without a signal.
+constexpr int kPollTick = 5; // ms; a getter may change without a signal.
 
 // Whether the signals before the step may still be expected after it.
 bool onlyLooks(const Action &action)
@@ -25,126 +23,219 @@ bool onlyLooks(const Action &action)
 
 } // namespace
 
-ScenarioPlayer::ScenarioPlayer(Session *session, double speed, quint32 seed, QObject *parent)
+Runner::Runner(const Stage &stage, double speed, QObject *parent)
     : QObject(parent)
-    , mSession(session)
+    , mStage(stage)
     , mSpeed(speed)
-    , mSeed(seed)
 {
-    connect(session, &Session::happened, this, [this](const Event &event) {
-        mSignals.append({event.name, event.arguments});
-    });
+    mPoll.setInterval(kPollTick);
+    connect(&mPoll, &QTimer::timeout, this, &Runner::look);
+    if (mStage.host)
+        connect(mStage.host, &Session::happened, this, [this](const Event &event) {
+            mSignals.append({event.name, event.arguments});
+        });
 }
 
-ScenarioPlayer::Result ScenarioPlayer::play(const Scenario &scenario)
+void Runner::run(const QVector<Step> &steps)
 {
-    for (const Step &step : scenario.steps) {
+    mSteps = steps;
+    mNext = 0;
+    mRunning = true;
+    mPending.reset();
+    mPoll.start(0); // The first step is done from the event loop, too.
+}
+
+Runner::Result Runner::play(const QVector<Step> &steps)
+{
+    QEventLoop loop;
+    connect(this, &Runner::finished, &loop, &QEventLoop::quit);
+    run(steps);
+    loop.exec();
+    return mResult;
+}
+
+void Runner::abort()
+{
+    if (mRunning)
+        finish(Aborted);
+}
+
+void Runner::finish(Result result)
+{
+    mRunning = false;
+    mPoll.stop();
+    mPending.reset();
+    mResult = result;
+    emit finished(result);
+}
+
+// Does what can be done without waiting.
+void Runner::advance()
+{
+    while (mRunning && !mPending) {
+        if (mNext == mSteps.size())
+            return finish(Passed);
+        const Step step = mSteps.at(mNext++);
         // Several settings of one line are one step.
-        if (!onlyLooks(step.action) && step.line != mLine)
-            mSignals.clear();
+        if (!onlyLooks(step.action)) {
+            if (step.line != mLine || step.line == 0)
+                mSignals.clear();
+            mUnsettled = true;
+        }
         mLine = step.line;
+        const int metBefore = mMet;
         const bool goOn = std::visit([this](const auto &kind) { return act(kind); }, step.action);
-        if (mAborted)
-            return Aborted;
+        if (!mRunning)
+            return;
         if (!goOn)
-            return std::holds_alternative<steps::Box>(step.action) ? Broken : Unmet;
+            return finish(std::holds_alternative<steps::Box>(step.action) ? Broken : Unmet);
+        if (mMet > metBefore)
+            emit met(step);
     }
-    return Passed;
 }
 
-void ScenarioPlayer::abort() { mAborted = true; }
+void Runner::look()
+{
+    mPoll.setInterval(kPollTick);
+    if (mPending) {
+        if (mPending->tick)
+            mPending->tick();
+        const bool isMet = mPending->until && mPending->until();
+        if (!isMet && now() < mPending->deadline)
+            return;
+        // What comes after may wait for something else.
+        const Pending pending = *std::exchange(mPending, std::nullopt);
+        const int metBefore = mMet;
+        if (pending.after && !pending.after(isMet))
+            return finish(Unmet);
+        if (mMet > metBefore)
+            emit met(mSteps.at(mNext - 1));
+    }
+    advance();
+}
 
-bool ScenarioPlayer::act(const steps::Say &step)
+// \returns true: the steps go on, later.
+bool Runner::wait(int milliseconds, std::function<bool()> until, std::function<bool(bool)> after,
+                  std::function<void()> tick)
+{
+    mPending = Pending{now() + milliseconds, std::move(until), std::move(tick), std::move(after)};
+    return true;
+}
+
+bool Runner::act(const steps::Say &step)
 {
     emit said(step.text);
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Start &)
+bool Runner::act(const steps::Start &)
 {
-    mSession->start();
+    mStage.host->start();
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Stop &)
+bool Runner::act(const steps::Stop &)
 {
-    mSession->stop();
+    mStage.host->stop();
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Wait &step)
+bool Runner::act(const steps::Wait &step)
 {
-    return pause(step.real ? step.milliseconds : scaled(step.milliseconds));
+    return wait(step.real ? step.milliseconds : scaled(step.milliseconds));
 }
 
-bool ScenarioPlayer::act(const steps::Set &step)
+bool Runner::act(const steps::Set &step)
 {
-    mSession->car().setRaw(step.value, step.raw);
+    mStage.box->car().setRaw(step.id, step.raw);
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Ramp &step)
+bool Runner::act(const steps::Change &step)
 {
-    const double duration = std::max(1, scaled(step.milliseconds));
+    const Field &field = fieldOf(step.id);
+    const int raw = mStage.box->car().raw(step.id);
+    const bool isNumber = raw >= field.low && raw <= field.high;
+    // From a word, the way leads in from the other end; beyond an end, to the word.
+    int target = isNumber ? raw + step.by : step.by > 0 ? field.low : field.high;
+    if (target > field.high && isNumber && field.words.count > 0)
+        target = field.words[0].raw;
+    else
+        target = std::clamp(target, field.low, field.high);
+    mStage.box->car().setRaw(step.id, target);
+    return true;
+}
+
+bool Runner::act(const steps::Toggle &step)
+{
+    const Span<Word> words = fieldOf(step.id).words;
+    const int raw = mStage.box->car().raw(step.id);
+    int next = 0;
+    for (int i = 0; i < words.count; ++i)
+        if (words[i].raw == raw)
+            next = (i + 1) % words.count;
+    mStage.box->car().setRaw(step.id, words[next].raw);
+    return true;
+}
+
+bool Runner::act(const steps::Ramp &step)
+{
+    const int duration = std::max(1, scaled(step.milliseconds));
     QVector<int> from;
     for (const steps::Ramp::Lane &lane : step.lanes)
-        from += lane.from.value_or(mSession->car().raw(lane.value));
-    QElapsedTimer clock;
-    clock.start();
-    for (;;) {
-        const double share = std::min(1.0, static_cast<double>(clock.elapsed()) / duration);
+        from += lane.from.value_or(mStage.box->car().raw(lane.id));
+    const qint64 begin = now();
+    return wait(duration, {}, {}, [this, step, from, begin, duration] {
+        const double share = std::min(1.0, static_cast<double>(now() - begin) / duration);
         for (int i = 0; i < step.lanes.size(); ++i) {
             const int way = step.lanes.at(i).to - from.at(i);
-            mSession->car().setRaw(step.lanes.at(i).value,
-                                   from.at(i) + static_cast<int>(std::lround(share * way)));
+            mStage.box->car().setRaw(step.lanes.at(i).id,
+                                     from.at(i) + static_cast<int>(std::lround(share * way)));
         }
-        if (share >= 1)
-            return true;
-        if (!pause(kRampTick))
-            return false;
-    }
+    });
 }
 
-bool ScenarioPlayer::act(const steps::Press &step)
+bool Runner::act(const steps::Press &step)
 {
-    mSession->car().pressKey(step.key);
-    const bool goOn = pause(step.milliseconds);
-    mSession->car().releaseKey();
-    return goOn;
+    mStage.box->car().pressKey(step.key);
+    return wait(step.milliseconds, {}, [this](bool) {
+        mStage.box->car().releaseKey();
+        return true;
+    });
 }
 
-bool ScenarioPlayer::act(const steps::Hold &step)
+bool Runner::act(const steps::Hold &step)
 {
-    mSession->car().pressKey(step.key);
+    mStage.box->car().pressKey(step.key);
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Release &)
+bool Runner::act(const steps::Release &)
 {
-    mSession->car().releaseKey();
+    mStage.box->car().releaseKey();
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Call &step)
+bool Runner::act(const steps::Call &step)
 {
-    step.operation(mSession->service());
+    step.operation(mStage.host->service());
     return true;
 }
 
-bool ScenarioPlayer::act(steps::Box state)
+bool Runner::act(steps::Box state)
 {
     switch (state) {
     case steps::Box::Silent:
     case steps::Box::Speaking:
-        mSession->box().setSilent(state == steps::Box::Silent);
+        mStage.box->box().setSilent(state == steps::Box::Silent);
         break;
     case steps::Box::Unplugged:
-        mSession->unplug();
+        mStage.box->unplug();
         break;
     case steps::Box::Plugged:
-        if (!mSession->plug()) {
+        if (!mStage.box->plug()) {
             mFailure = QStringLiteral("the box cannot be plugged in: %1")
-                           .arg(mSession->terminal().errorString());
+                           .arg(mStage.box->terminal().errorString());
             return false;
         }
         break;
@@ -152,71 +243,43 @@ bool ScenarioPlayer::act(steps::Box state)
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::Frame &step)
+bool Runner::act(const steps::Frame &step)
 {
-    mSession->box().sendFrame(step.dataType, step.payload);
+    mStage.box->box().sendFrame(step.type, step.payload);
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::InjectFault &step)
+bool Runner::act(const steps::Bytes &step)
 {
-    injector().inject(step.fault);
+    mStage.box->box().sendRaw(step.bytes);
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::FaultRates &step)
+bool Runner::act(const steps::InjectFault &step)
 {
-    FaultPlan plan = injector().plan();
+    mStage.box->faults().inject(step.fault);
+    return true;
+}
+
+bool Runner::act(const steps::FaultRates &step)
+{
+    FaultPlan plan = mStage.box->faults().plan();
     for (const auto &row : step.rates)
         plan.rate(row.first) = row.second;
-    injector().setPlan(plan);
+    mStage.box->faults().setPlan(plan);
     return true;
 }
 
-bool ScenarioPlayer::act(const steps::NoFaults &)
+bool Runner::act(const steps::NoFaults &)
 {
-    injector().setPlan({});
+    mStage.box->faults().setPlan({});
     return true;
 }
 
-FaultInjector &ScenarioPlayer::injector()
-{
-    if (!mFaults)
-        mFaults = std::make_unique<FaultInjector>(mSession, mSeed);
-    return *mFaults;
-}
-
-int ScenarioPlayer::scaled(int milliseconds) const
+int Runner::scaled(int milliseconds) const
 {
     return static_cast<int>(
         std::min<double>(milliseconds / mSpeed, std::numeric_limits<int>::max()));
-}
-
-bool ScenarioPlayer::pause(double milliseconds)
-{
-    return !waitUntil([] { return false; }, static_cast<int>(milliseconds)) && !mAborted;
-}
-
-bool ScenarioPlayer::waitUntil(const std::function<bool()> &condition, int milliseconds)
-{
-    if (condition())
-        return true;
-    QEventLoop loop;
-    QTimer poll, deadline;
-    bool met = false;
-    const auto look = [&] {
-        met = condition();
-        if (met || mAborted)
-            loop.quit();
-    };
-    connect(&poll, &QTimer::timeout, &loop, look);
-    connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
-    poll.start(kPollTick);
-    deadline.setSingleShot(true);
-    deadline.setTimerType(Qt::PreciseTimer);
-    deadline.start(milliseconds);
-    loop.exec();
-    return met || (!mAborted && condition());
 }
 
 } // namespace bench

@@ -1,50 +1,69 @@
-// Plays the steps of a scenario on a session with the embedded box.
+// Does steps, one after the other.
 #pragma once
 
-#include "faultinjector.h"
-#include "scenario.h"
-#include "session.h"
-
-#include <memory>
+#include "bench/language/stage.h"
+#include "bench/language/steps.h"
 
 namespace bench {
 
-class ScenarioPlayer : public QObject
+/// Runs on the event loop: several runners may act on one stage at a time.
+class Runner : public QObject
 {
     Q_OBJECT
 
 public:
     /// Unmet: an expectation was not met. Broken: the bench could not do a step.
     enum Result { Passed, Unmet, Broken, Aborted };
+    Q_ENUM(Result)
 
-    /// \param session is open and outlives the player.
     /// \param speed divides the scenario's own times; more than 0.
-    /// \param seed the same seed gives the same faults.
-    ScenarioPlayer(Session *session, double speed, quint32 seed, QObject *parent = nullptr);
+    Runner(const Stage &stage, double speed, QObject *parent = nullptr);
 
-    /// Plays all steps up to the first expectation that is not met. The event loop runs meanwhile.
-    Result play(const Scenario &scenario);
-    /// Ends play() soon, from a slot.
+    /// Begins with the steps; finished() comes from the event loop. The latest steps must have
+    /// finished.
+    void run(const QVector<Step> &steps);
+    /// The same, and runs the event loop meanwhile.
+    Result play(const QVector<Step> &steps);
+    /// Ends the steps soon.
     void abort();
 
-    /// After Unmet, what was expected and what was there; after Broken, why. And in which line.
+    /// After Unmet, what was expected and what was there; after Broken, why.
     QString failure() const { return mFailure; }
-    int line() const { return mLine; }
+    /// The same in parts: what was expected, and what was there.
+    QString expected() const { return mExpected; }
+    QString actual() const { return mActual; }
+    int line() const { return mLine; } ///< Of the latest step.
     int expectationsMet() const { return mMet; }
-    /// What the faults were; null for a scenario without.
-    const FaultInjector *faults() const { return mFaults.get(); }
 
 signals:
     /// A `say` step.
     void said(const QString &text);
+    void met(const bench::Step &step);
+    void finished(bench::Runner::Result result);
 
 private:
-    // One for each kind of step. Each returns whether the scenario can go on.
+    struct Signal
+    {
+        QString name;
+        QVector<Value> arguments;
+    };
+    /// What a step waits for. Without `until`, the time is all.
+    struct Pending
+    {
+        qint64 deadline = 0;                 ///< ms.
+        std::function<bool()> until;
+        std::function<void()> tick;          ///< Each time that it is looked at.
+        std::function<bool(bool met)> after; ///< \returns whether the steps go on.
+    };
+
+    // One for each kind of step. Each returns whether the steps go on.
     bool act(const steps::Say &step);
     bool act(const steps::Start &);
     bool act(const steps::Stop &);
     bool act(const steps::Wait &step);
     bool act(const steps::Set &step);
+    bool act(const steps::Change &step);
+    bool act(const steps::Toggle &step);
     bool act(const steps::Ramp &step);
     bool act(const steps::Press &step);
     bool act(const steps::Hold &step);
@@ -52,34 +71,39 @@ private:
     bool act(const steps::Call &step);
     bool act(steps::Box state);
     bool act(const steps::Frame &step);
+    bool act(const steps::Bytes &step);
     bool act(const steps::InjectFault &step);
     bool act(const steps::FaultRates &step);
     bool act(const steps::NoFaults &);
     bool act(const steps::Expect &step);
     bool act(const steps::ExpectSignal &step);
 
-    struct Signal
-    {
-        QString name;
-        QVariantList arguments;
-    };
-
-    FaultInjector &injector();
-    bool pause(double milliseconds);
-    bool waitUntil(const std::function<bool()> &condition, int milliseconds);
+    void advance();
+    void look();
+    void finish(Result result);
+    bool wait(int milliseconds, std::function<bool()> until = {},
+              std::function<bool(bool)> after = {}, std::function<void()> tick = {});
+    bool judge(const steps::Expect &step);
     bool takeSignal(const SignalExpectation &expectation);
     bool fail(const QString &expected, int within, const QString &actual);
     int scaled(int milliseconds) const;
+    qint64 now() const { return mClock.milliseconds(); }
 
-    Session *const mSession;
+    const Stage mStage;
     const double mSpeed;
-    const quint32 mSeed;
-    std::unique_ptr<FaultInjector> mFaults; ///< From the first fault step on.
-    QVector<Signal> mSignals; ///< Since the last step that did something, and not expected yet.
-    bool mAborted = false;
+    SteadyClock mClock;
+    QTimer mPoll;
+
+    QVector<Step> mSteps;
+    int mNext = 0;
+    std::optional<Pending> mPending;
+    bool mUnsettled = false;  ///< A step has acted, and its effect may be on its way.
+    QVector<Signal> mSignals; ///< Since the last step that acted, and not expected yet.
+    bool mRunning = false;
+    Result mResult = Passed;
     int mLine = 0;
     int mMet = 0;
-    QString mFailure;
+    QString mFailure, mExpected, mActual;
 };
 
 } // namespace bench

@@ -1,7 +1,8 @@
-#include "scenariosteps.h"
+#include "bench/language/closestname.h"
+#include "bench/language/operations.h"
+#include "bench/language/parser.h"
 
-#include "closestname.h"
-#include "scenariooperations.h"
+#include <cmath>
 
 namespace bench {
 
@@ -11,31 +12,26 @@ using namespace steps;
 
 constexpr int kShortPress = 200; // ms
 
-bool readCarValue(LineReader &line, const CarValueInfo **info)
+bool readValueName(LineReader &line, ValueId *id)
 {
     QString name;
     if (!line.text("the name of a car value", &name))
         return false;
-    *info = findCarValue(name);
-    if (*info)
-        return true;
-    QStringList names;
-    for (int i = 0; i < kCarValueCount; ++i)
-        names += QLatin1String(carValueInfo(static_cast<CarValue>(i)).name);
-    return line.fail(
-        QStringLiteral("the car has no value '%1'%2").arg(name, didYouMean(name, names)));
+    const std::optional<ValueId> found = findValue(name);
+    *id = found.value_or(ValueId{});
+    return found || line.fail(unknownValue(name));
 }
 
-bool readRaw(LineReader &line, const CarValueInfo &info, int *raw)
+bool readRaw(LineReader &line, ValueId id, int *raw)
 {
     QString text, error;
-    const QByteArray what = carValueRange(info).toUtf8();
+    const QByteArray what = valueRange(fieldOf(id)).toUtf8();
     if (!line.text(what.constData(), &text))
         return false;
-    return parseCarValue(info, text, raw, &error) || line.fail(error);
+    return parseValue(fieldOf(id), text, raw, &error) || line.fail(error);
 }
 
-bool readModel(LineReader &line, ScenarioContext &context)
+bool readModel(LineReader &line, ParseContext &context)
 {
     if (!context.scenario->steps.isEmpty())
         return line.fail(QStringLiteral("the car model is chosen before the first step"));
@@ -43,13 +39,13 @@ bool readModel(LineReader &line, ScenarioContext &context)
            (line.atEnd() || line.number("a car index", 0, 65535, &context.scenario->carIndex));
 }
 
-bool readSay(LineReader &line, ScenarioContext &context)
+bool readSay(LineReader &line, ParseContext &context)
 {
     QString text;
     return line.text("a text in quotes", &text) && context.add(Say{text});
 }
 
-bool readStart(LineReader &line, ScenarioContext &context)
+bool readStart(LineReader &line, ParseContext &context)
 {
     if (context.started)
         return line.fail(QStringLiteral("the service is started already; 'stop' it before"));
@@ -57,7 +53,7 @@ bool readStart(LineReader &line, ScenarioContext &context)
     return context.add(Start{});
 }
 
-bool readStop(LineReader &line, ScenarioContext &context)
+bool readStop(LineReader &line, ParseContext &context)
 {
     if (!context.started)
         return line.fail(QStringLiteral("the service is not started; 'start' it before"));
@@ -65,7 +61,7 @@ bool readStop(LineReader &line, ScenarioContext &context)
     return context.add(Stop{});
 }
 
-bool readWait(LineReader &line, ScenarioContext &context)
+bool readWait(LineReader &line, ParseContext &context)
 {
     Wait step{};
     if (!line.time(&step.milliseconds))
@@ -74,41 +70,72 @@ bool readWait(LineReader &line, ScenarioContext &context)
     return context.add(step);
 }
 
-bool readSet(LineReader &line, ScenarioContext &context)
+bool readSet(LineReader &line, ParseContext &context)
 {
     do {
-        const CarValueInfo *info = nullptr;
+        ValueId id{};
         int raw = 0;
-        if (!readCarValue(line, &info) || !readRaw(line, *info, &raw))
+        if (!readValueName(line, &id) || !readRaw(line, id, &raw))
             return false;
-        context.add(Set{info->id, raw});
+        context.add(Set{id, raw});
     } while (line.accept(","));
     return true;
 }
 
-bool readRamp(LineReader &line, ScenarioContext &context)
+bool readToggle(LineReader &line, ParseContext &context)
+{
+    ValueId id{};
+    if (!readValueName(line, &id))
+        return false;
+    const Field &field = fieldOf(id);
+    if (field.words.count < 2)
+        return line.fail(QStringLiteral("%1 has no words to go through; 'change %1 by' a number")
+                             .arg(QLatin1String(field.name)));
+    return context.add(Toggle{id});
+}
+
+bool readChange(LineReader &line, ParseContext &context)
+{
+    do {
+        ValueId id{};
+        QString text;
+        if (!readValueName(line, &id) || !line.expect("by") || !line.text("a number", &text))
+            return false;
+        const Field &field = fieldOf(id);
+        if (field.low > field.high)
+            return line.fail(
+                QStringLiteral("%1 has words only; 'toggle' it").arg(QLatin1String(field.name)));
+        bool isNumber = false;
+        const double by = std::round(text.toDouble(&isNumber) / field.scale);
+        if (!isNumber || !(std::abs(by) <= field.mask()))
+            return line.fail(QStringLiteral("'%1' is not a number to change %2 by")
+                                 .arg(text, QLatin1String(field.name)));
+        context.add(Change{id, static_cast<int>(by)});
+    } while (line.accept(","));
+    return true;
+}
+
+bool readRamp(LineReader &line, ParseContext &context)
 {
     Ramp step{};
     do {
-        const CarValueInfo *info = nullptr;
         Ramp::Lane lane{};
         int from = 0;
-        if (!readCarValue(line, &info))
+        if (!readValueName(line, &lane.id))
             return false;
         if (line.accept("from")) {
-            if (!readRaw(line, *info, &from))
+            if (!readRaw(line, lane.id, &from))
                 return false;
             lane.from = from;
         }
-        if (!line.expect("to") || !readRaw(line, *info, &lane.to))
+        if (!line.expect("to") || !readRaw(line, lane.id, &lane.to))
             return false;
-        lane.value = info->id;
         step.lanes.append(lane);
     } while (line.accept(","));
     return line.expect("over") && line.time(&step.milliseconds) && context.add(step);
 }
 
-bool readPress(LineReader &line, ScenarioContext &context)
+bool readPress(LineReader &line, ParseContext &context)
 {
     int key = 0;
     int milliseconds = kShortPress;
@@ -119,15 +146,15 @@ bool readPress(LineReader &line, ScenarioContext &context)
     return !line.failed() && context.add(Press{static_cast<quint8>(key), milliseconds});
 }
 
-bool readHold(LineReader &line, ScenarioContext &context)
+bool readHold(LineReader &line, ParseContext &context)
 {
     int key = 0;
     return line.number("a key code", 0, 255, &key) && context.add(Hold{static_cast<quint8>(key)});
 }
 
-bool readRelease(LineReader &, ScenarioContext &context) { return context.add(Release{}); }
+bool readRelease(LineReader &, ParseContext &context) { return context.add(Release{}); }
 
-bool readCall(LineReader &line, ScenarioContext &context)
+bool readCall(LineReader &line, ParseContext &context)
 {
     if (!context.started)
         return line.fail(QStringLiteral("the service is not started; 'start' it before"));
@@ -139,40 +166,55 @@ constexpr struct
 {
     const char *word;
     const char *arguments;
-    bool (*read)(LineReader &line, ScenarioContext &context);
+    bool (*read)(LineReader &line, ParseContext &context);
+    int needs;
 } kStatements[] = {
-    {"model", "ID [INDEX]", readModel},
-    {"start", "", readStart},
-    {"stop", "", readStop},
-    {"say", "\"TEXT\"", readSay},
-    {"wait", "TIME [real]", readWait},
-    {"set", "NAME VALUE[, NAME VALUE]...", readSet},
-    {"ramp", "NAME [from VALUE] to VALUE[, NAME ...] over TIME", readRamp},
-    {"press", "KEY [for TIME]", readPress},
-    {"hold", "KEY", readHold},
-    {"release", "", readRelease},
-    {"call", "OPERATION [ARGUMENT]...", readCall},
-    {"expect", "NAME ==|!=|<|<=|>|>= VALUE [within TIME]", readExpect},
-    {"expect", "[no] signal NAME[(ARGUMENT, ...)] [within TIME]", readExpect},
-    {"silence", "", readSilence},
-    {"speak", "", readSpeak},
-    {"unplug", "", readUnplug},
-    {"plug", "", readPlug},
-    {"frame", "TYPE [BYTE]...", readFrame},
-    {"fault", "KIND", readFault},
-    {"fault", "KIND rate RATE[, KIND rate RATE]...", readFault},
-    {"fault", "none", readFault},
+    {"model", "ID [INDEX]", readModel, Nobody},
+    {"start", "", readStart, NeedsHost},
+    {"stop", "", readStop, NeedsHost},
+    {"say", "\"TEXT\"", readSay, Nobody},
+    {"wait", "TIME [real]", readWait, Nobody},
+    {"set", "NAME VALUE[, NAME VALUE]...", readSet, NeedsBox},
+    {"toggle", "NAME", readToggle, NeedsBox},
+    {"change", "NAME by NUMBER[, NAME by NUMBER]...", readChange, NeedsBox},
+    {"ramp", "NAME [from VALUE] to VALUE[, NAME ...] over TIME", readRamp, NeedsBox},
+    {"press", "KEY [for TIME]", readPress, NeedsBox},
+    {"hold", "KEY", readHold, NeedsBox},
+    {"release", "", readRelease, NeedsBox},
+    {"call", "OPERATION [ARGUMENT]...", readCall, NeedsHost},
+    {"expect", "NAME ==|!=|<|<=|>|>= VALUE [within TIME]", readExpect, Nobody},
+    {"expect", "car NAME ==|!=|<|<=|>|>= VALUE [within TIME]", readExpect, Nobody},
+    {"expect", "[no] signal NAME[(ARGUMENT, ...)] [within TIME]", readExpect, Nobody},
+    {"silence", "", readSilence, NeedsBox},
+    {"speak", "", readSpeak, NeedsBox},
+    {"unplug", "", readUnplug, NeedsBox},
+    {"plug", "", readPlug, NeedsBox},
+    {"frame", "TYPE [BYTE]...", readFrame, NeedsBox},
+    {"bytes", "BYTE...", readBytes, NeedsBox},
+    {"fault", "KIND", readFault, NeedsBox},
+    {"fault", "KIND rate RATE[, KIND rate RATE]...", readFault, NeedsBox},
+    {"fault", "none", readFault, NeedsBox},
 };
 
 } // namespace
 
-bool ScenarioContext::add(const Action &action)
+bool ParseContext::add(const Action &action)
 {
-    scenario->steps.append({0, {}, action}); // The line is filled in by who has it.
+    scenario->steps.append({0, {}, action, needs}); // The line is filled in by who has it.
     return true;
 }
 
-bool readStep(LineReader &line, ScenarioContext &context)
+QString unknownValue(const QString &name)
+{
+    QStringList names;
+    for (int index = 0; index < kValueCount; ++index)
+        names += QLatin1String(fieldOf(ValueId{index}).name);
+    const QString meant = didYouMean(name, names);
+    return QStringLiteral("the car has no value '%1'%2")
+        .arg(name, meant.isEmpty() ? QStringLiteral("; 'canbench names' lists them") : meant);
+}
+
+bool readStep(LineReader &line, ParseContext &context)
 {
     QString word;
     if (!line.text("a step", &word))
@@ -180,8 +222,10 @@ bool readStep(LineReader &line, ScenarioContext &context)
     QStringList words;
     for (const auto &statement : kStatements) {
         words += QLatin1String(statement.word);
-        if (word == words.last())
+        if (word == words.last()) {
+            context.needs = statement.needs;
             return statement.read(line, context) && line.end();
+        }
     }
     words.removeDuplicates();
     QString meant = didYouMean(word, words);

@@ -1,10 +1,11 @@
-// A scenario: a text with a line a step, read into steps before anything runs.
+// The steps of the language that acts on car, box and host: a line a step, read before anything
+// runs.
 #pragma once
 
-#include "carvalues.h"
-#include "faults.h"
-#include "scenarioexpectation.h"
-#include "scenarioline.h"
+#include "bench/language/expectation.h"
+#include "bench/language/tokens.h"
+#include "bench/wire/linefaults.h"
+#include "bench/wire/reports.h"
 
 #include <QByteArray>
 #include <QPair>
@@ -38,15 +39,26 @@ struct Wait
 };
 struct Set
 {
-    CarValue value;
+    ValueId id;
     int raw;
+};
+/// Moves within the range; below it is a word such as `none`, if the value has one.
+struct Change
+{
+    ValueId id;
+    int by; ///< Raw.
+};
+/// On to the next word.
+struct Toggle
+{
+    ValueId id;
 };
 /// Values that move evenly, side by side.
 struct Ramp
 {
     struct Lane
     {
-        CarValue value;
+        ValueId id;
         std::optional<int> from; ///< Raw; without it, from where the value is.
         int to;                  ///< Raw.
     };
@@ -74,8 +86,13 @@ enum class Box { Silent, Speaking, Unplugged, Plugged };
 /// A frame that no car state asks for.
 struct Frame
 {
-    quint8 dataType;
+    Inbound type;
     QByteArray payload;
+};
+/// Bytes on the line as they are.
+struct Bytes
+{
+    QByteArray bytes;
 };
 /// One fault, with the next frame of the box.
 struct InjectFault
@@ -93,7 +110,6 @@ struct NoFaults
 struct Expect
 {
     Expectation expectation;
-    int column; ///< Of the expected value, from 1.
     int within; ///< ms, real.
 };
 struct ExpectSignal
@@ -105,16 +121,22 @@ struct ExpectSignal
 
 } // namespace steps
 
-using Action = std::variant<steps::Say, steps::Start, steps::Stop, steps::Wait, steps::Set,
-                            steps::Ramp, steps::Press, steps::Hold, steps::Release, steps::Call,
-                            steps::Box, steps::Frame, steps::InjectFault, steps::FaultRates,
-                            steps::NoFaults, steps::Expect, steps::ExpectSignal>;
+using Action =
+    std::variant<steps::Say, steps::Start, steps::Stop, steps::Wait, steps::Set, steps::Change,
+                 steps::Toggle, steps::Ramp, steps::Press, steps::Hold, steps::Release, steps::Call,
+                 steps::Box, steps::Frame, steps::Bytes, steps::InjectFault, steps::FaultRates,
+                 steps::NoFaults, steps::Expect, steps::ExpectSignal>;
+
+/// Who must be there for a step.
+enum Party { Nobody = 0, NeedsHost = 1, NeedsBox = 2 };
 
 struct Step
 {
     int line;     ///< From 1.
     QString text; ///< As it is in the file, without the comment.
     Action action;
+    int needs = Nobody; ///< Of Party.
+    int column = 1;     ///< From 1.
 };
 
 struct Scenario
@@ -124,14 +146,5 @@ struct Scenario
     QVector<Step> steps;
     QVector<Mistake> mistakes; ///< Of all lines. With any of them, the steps are not to be played.
 };
-
-/// Reads UTF-8 text.
-Scenario parseScenario(const QByteArray &text);
-
-/// What is wrong with the expected values, once a service tells the types of its getters.
-QVector<Mistake> checkExpectations(const Scenario &scenario, const Snapshot &state);
-
-/// The forms of the steps, a line each.
-QString scenarioSyntax();
 
 } // namespace bench

@@ -1,4 +1,4 @@
-#include "scenarioline.h"
+#include "bench/language/tokens.h"
 
 #include <cmath>
 
@@ -74,6 +74,12 @@ bool LineReader::peek(const char *word) const
 {
     return !failed() && !atEnd() && !mTokens.at(mNext).quoted &&
            mTokens.at(mNext).text == QLatin1String(word);
+}
+
+bool LineReader::follows(const char *word) const
+{
+    return mNext + 1 < mTokens.size() && !mTokens.at(mNext + 1).quoted &&
+           mTokens.at(mNext + 1).text == QLatin1String(word);
 }
 
 bool LineReader::accept(const char *word)
@@ -165,6 +171,17 @@ bool LineReader::share(const char *what, double *result)
         return true;
     return fail(
         QStringLiteral("'%1' is not %2 from 0 to 1, or 0% to 100%").arg(word, QLatin1String(what)));
+}
+
+bool LineReader::bytes(const char *what, QByteArray *result)
+{
+    int byte = 0;
+    while (!atEnd()) {
+        if (!number(what, 0, 255, &byte))
+            return false;
+        result->append(static_cast<char>(byte));
+    }
+    return true;
 }
 
 bool LineReader::end()

@@ -1,6 +1,7 @@
 // One line of a scenario, cut into words, and what is wrong with it.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QVector>
 
@@ -40,6 +41,8 @@ public:
     /// The next token is this word, unquoted: takes it.
     bool accept(const char *word);
     bool peek(const char *word) const;
+    /// The token after the next one is this word, unquoted.
+    bool follows(const char *word) const;
 
     // Each says what it wants when it finds something else.
     bool expect(const char *word);
@@ -48,6 +51,7 @@ public:
     bool time(int *milliseconds);                       ///< 200ms, 1.5s or 2min; up to an hour.
     bool number(const char *what, int low, int high, int *result); ///< Decimal, or 0x and hex.
     bool share(const char *what, double *result);                  ///< 0 to 1, or 0% to 100%.
+    bool bytes(const char *what, QByteArray *result);               ///< To the end of the line.
     bool end();                                                    ///< Nothing more on the line.
 
     /// Where the token taken last begins.
