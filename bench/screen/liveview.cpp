@@ -1,7 +1,7 @@
-#include "liveview.h"
+#include "bench/screen/liveview.h"
 
-#include "eventprinter.h"
-#include "viewkeys.h"
+#include "bench/screen/printer.h"
+#include "bench/screen/viewkeys.h"
 
 #include <algorithm>
 
@@ -15,13 +15,13 @@ constexpr int kKeptEvents = 200;
 constexpr int kHelpColumns = 2;
 
 /// A radar distance as one character: 1 is nearest, a dot is nothing.
-QString nearness(const Snapshot &state, const QByteArray &sensor)
+QString nearness(const StateWatch &state, const QByteArray &sensor)
 {
-    const int distance = state.value(sensor.constData()).value.toInt();
-    return distance == 255 ? QStringLiteral(".") : QString::number(distance);
+    const QString distance = state.text(sensor.constData());
+    return distance == QLatin1String("none") ? QStringLiteral(".") : distance;
 }
 
-QString radar(const Snapshot &state, const QByteArray &bumper)
+QString radar(const StateWatch &state, const QByteArray &bumper)
 {
     QStringList sensors;
     for (const char *sensor : {".left", ".middle_left", ".middle_right", ".right"})
@@ -30,20 +30,19 @@ QString radar(const Snapshot &state, const QByteArray &bumper)
 }
 
 /// A pressure, with a mark for a tyre that the car complains of.
-QString tyre(const Snapshot &state, const QByteArray &name)
+QString tyre(const StateWatch &state, const QByteArray &name)
 {
-    const Snapshot::Value pressure = state.value((name + ".pressure").constData());
-    const QString text = pressure.value.toFloat() < 0 ? QStringLiteral("--") : pressure.text();
+    const QString text = state.text((name + ".pressure").constData());
     return state.isOn((name + ".state").constData()) ? QLatin1Char('!') + text : text;
 }
 
-QString door(const Snapshot &state, const char *name)
+QString door(const StateWatch &state, const char *name)
 {
     return state.isOn(name) ? QStringLiteral("open") : QString();
 }
 
 /// The car from above: radar in front and behind, tyres and doors at the sides. 35 columns.
-QStringList carPicture(const Snapshot &state)
+QStringList carPicture(const StateWatch &state)
 {
     const auto row = [](const QString &left, const char *body, const QString &right) {
         return left.rightJustified(11) + QLatin1String(body) + right.leftJustified(11);
@@ -64,45 +63,43 @@ QStringList carPicture(const Snapshot &state)
 QString orNone(const QString &text) { return text.isEmpty() ? QStringLiteral("--") : text; }
 
 /// What stands beside the car, a line each.
-QStringList facts(const Snapshot &state, const QString &key, const QStringList &cluster)
+QStringList facts(const StateWatch &state, const QString &key, const QStringList &cluster)
 {
-    const auto get = [&state](const char *name) { return orNone(state.value(name).text()); };
-    const auto unit = [&state](const char *name) { return orNone(state.value(name).unit); };
-    const bool hasBattery = state.value("battery.voltage").value.toFloat() >= 0;
+    const auto get = [&state](const char *name) { return orNone(state.text(name)); };
     return {
         QStringLiteral("driving   %1, range %2").arg(get("drive.speed"), get("drive.range")),
         QStringLiteral("          %1, %2").arg(get("drive.consumption"), get("drive.odometer")),
-        QStringLiteral("battery   %1")
-            .arg(hasBattery ? get("battery.voltage") : QStringLiteral("--")),
+        QStringLiteral("battery   %1").arg(get("battery.voltage")),
         QStringLiteral("ambient   colour %1, level %2")
             .arg(get("ambient.colour"), get("ambient.level")),
-        QStringLiteral("units     %1, %2").arg(unit("unit.temperature"), unit("unit.pressure")),
+        QStringLiteral("units     %1, %2").arg(get("unit.temperature"), get("unit.pressure")),
         QStringLiteral("keys      %1").arg(key),
         QStringLiteral("cluster   %1").arg(cluster.value(0)),
         QStringLiteral("          %1").arg(cluster.mid(1).join(QLatin1Char(' '))),
     };
 }
 
-QString keyText(const QVariantList &arguments)
+QString keyText(const QVector<Value> &arguments)
 {
     constexpr const char *kStates[] = {"pressed", "released", "long press", "released, long"};
-    const int state = arguments.value(1).toInt();
+    const int state = static_cast<int>(numberOf(arguments.value(1)));
     return QStringLiteral("%1 %2, %3")
-        .arg(arguments.value(0).toInt())
+        .arg(plainText(arguments.value(0)))
         .arg(QLatin1String(state >= 0 && state < 4 ? kStates[state] : "?"),
-             QLatin1String(arguments.value(2).toBool() ? "steering wheel" : "panel"));
+             QLatin1String(numberOf(arguments.value(2)) > 0 ? "steering wheel" : "panel"));
 }
 
 QVector<ScreenLine> helpLines()
 {
     QVector<ScreenLine> lines;
-    const int rows = (viewKeyCount() + kHelpColumns - 1) / kHelpColumns;
+    const Span<ViewKey> keys = viewKeys();
+    const int rows = (keys.count + kHelpColumns - 1) / kHelpColumns;
     for (int row = 0; row < rows; ++row) {
         QString text;
-        for (int index = row; index < viewKeyCount(); index += rows)
+        for (int index = row; index < keys.count; index += rows)
             text += QStringLiteral(" %1  %2")
-                        .arg(QLatin1Char(viewKey(index).key))
-                        .arg(QLatin1String(viewKey(index).help), -34);
+                        .arg(QLatin1Char(keys[index].key))
+                        .arg(QLatin1String(keys[index].help), -34);
         lines.append({text});
     }
     lines.append({QStringLiteral(" ?  back to the events               q  quit")});
@@ -129,12 +126,16 @@ LiveView::~LiveView() { qInstallMessageHandler(mMessages); }
 void LiveView::show(const Event &event)
 {
     // A good frame says so every time; the head line shows the link.
-    const bool repeatsLink = event.name == QLatin1String("notifyCanbusStatus") &&
-                             event.changes.isEmpty() && event.arguments.value(0).toInt() == 3;
+    const bool repeatsLink = event.isLink() && std::get<int>(event.arguments.first()) == 3;
     if (event.name == QLatin1String("keyEvent"))
         mKey = keyText(event.arguments);
     if (!repeatsLink)
-        mEvents += eventLine(event, mSession->state());
+        note(eventLine(event, mSession->state()));
+}
+
+void LiveView::note(const QString &text)
+{
+    mEvents += text;
     if (mEvents.size() > kKeptEvents)
         mEvents.removeFirst();
     drawSoon();
@@ -142,16 +143,13 @@ void LiveView::show(const Event &event)
 
 void LiveView::onKey(char key)
 {
-    const ViewKey *action = findViewKey(key);
-    if (key == 'q') {
+    if (key == 'q')
         emit quit();
-    } else if (key == '?') {
+    if (key == '?')
         mShowHelp = !mShowHelp;
-    } else if (action && action->needsBox && !mSession->isEmbedded()) {
-        mEvents += QStringLiteral("           '%1' needs the embedded box").arg(QLatin1Char(key));
-    } else if (action) {
-        action->act(*mSession);
-    }
+    for (const ViewKey &row : viewKeys())
+        if (row.key == key)
+            emit acted(QString::fromLatin1(row.steps));
     drawSoon();
 }
 
@@ -176,27 +174,46 @@ void LiveView::draw()
     mDrawTmr.start(kClockInterval);
 }
 
+// What the bench knows of the link, which is more than the service's codes: those stay for 31 s.
+QString LiveView::linkText() const
+{
+    constexpr double kQuiet = 2.5; // s: a living box is heard at least with the answer to a knock.
+    BoxEnd *const box = mSession->boxEnd();
+    if (box && !box->isPlugged())
+        return QStringLiteral("UNPLUGGED");
+    if (!mSession->isDeviceOpen())
+        return QStringLiteral("NO DEVICE");
+    if (mSession->linkCode() == 0)
+        return QStringLiteral("LINK LOST");
+    if (mSession->linkCode() < 0)
+        return QStringLiteral("knocking");
+    if (box && box->box().isSilent())
+        return QStringLiteral("box silent");
+    const double quiet = mSession->secondsSinceByte();
+    return quiet < kQuiet ? QStringLiteral("link up")
+                          : QStringLiteral("link up, no bytes for %1 s").arg(quiet, 0, 'f', 0);
+}
+
 QVector<ScreenLine> LiveView::stateLines() const
 {
-    const Snapshot &state = mSession->state();
+    const StateWatch &state = mSession->state();
     const Summary &summary = mSession->summary();
-    const int link = mSession->linkCode();
-    const char *const linkText = link == 3 ? "link up" : link == 0 ? "LINK LOST" : "knocking";
+    const QString link = linkText();
     const QString head =
         QStringLiteral(" %1   %2   %3 s   in %4   out %5   bad %6   ? keys, q quit")
-            .arg(QLatin1String(linkText), orNone(state.value("version").text()))
+            .arg(link, orNone(state.text("version")))
             .arg(mSession->seconds(), 0, 'f', 1)
             .arg(summary.fromBox.frameTotal())
             .arg(summary.toBox.frameTotal())
             .arg(summary.fromBox.badChecksums);
 
     QVector<ScreenLine> lines;
-    lines.append({head, link == 0 ? ScreenLine::Alarm : ScreenLine::Title});
+    lines.append({head, link.at(1).isUpper() ? ScreenLine::Alarm : ScreenLine::Title});
     lines.append({QString()});
     lines.append({QStringLiteral(" climate   ") + climateLine(state)});
     lines.append({QString()});
 
-    const Cluster &cluster = mSession->car().cluster();
+    const Cluster cluster = mSession->boxEnd() ? mSession->boxEnd()->car().cluster() : Cluster();
     const QStringList car = carPicture(state);
     const QStringList beside =
         facts(state, mKey, {cluster.source, cluster.lines[0], cluster.lines[1], cluster.clock});

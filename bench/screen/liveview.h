@@ -2,8 +2,8 @@
 // that act on the car, the box and the host.
 #pragma once
 
-#include "session.h"
-#include "terminal.h"
+#include "bench/headunit/session.h"
+#include "bench/screen/terminal.h"
 
 #include <QTimer>
 
@@ -16,18 +16,22 @@ class LiveView : public QObject
 public:
     /// Takes the terminal over until it is destroyed.
     explicit LiveView(Session *session, QObject *parent = nullptr);
-
     ~LiveView() override;
 
     void show(const Event &event);
+    /// A line among the events.
+    void note(const QString &text);
 
 signals:
     void quit();
+    /// A key that stands for steps.
+    void acted(const QString &steps);
 
 private:
     void onKey(char key);
     void drawSoon();
     void draw();
+    QString linkText() const;
     QVector<ScreenLine> stateLines() const;
 
     Session *const mSession;

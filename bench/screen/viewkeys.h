@@ -1,7 +1,7 @@
-// The keys of the live view, one table for what they do and for the help that lists them.
+// The keys of the live view: each is a step of the language.
 #pragma once
 
-#include "session.h"
+#include "bench/wire/span.h"
 
 namespace bench {
 
@@ -9,13 +9,9 @@ struct ViewKey
 {
     char key;
     const char *help;
-    void (*act)(Session &session);
-    bool needsBox; ///< Acts on the embedded box or its car, which a real device has not.
+    const char *steps; ///< Several are separated by line feeds.
 };
 
-int viewKeyCount();
-const ViewKey &viewKey(int index);
-/// Null for a key that does nothing.
-const ViewKey *findViewKey(char key);
+Span<ViewKey> viewKeys();
 
 } // namespace bench
