@@ -1,5 +1,6 @@
 #include "eventprinter.h"
 
+#include "bench/screen/output.h"
 #include "datatypes.h"
 
 #include <QJsonArray>
@@ -7,7 +8,6 @@
 #include <QJsonObject>
 
 #include <cmath>
-#include <cstdio>
 
 namespace bench {
 
@@ -116,9 +116,8 @@ QString eventLine(const Event &event, const Snapshot &state)
 
 void EventPrinter::write(const QString &line)
 {
-    const QByteArray bytes = line.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
-    std::fflush(stdout); // Whoever reads the pipe follows live.
+    standardOutput().line(line);
+    standardOutput().flush(); // Whoever reads the pipe follows live.
 }
 
 void EventPrinter::print(const Event &event, const Snapshot &state)
@@ -134,8 +133,10 @@ void EventPrinter::print(const Event &event, const Snapshot &state)
 
 void EventPrinter::heading(const QString &text)
 {
-    if (mFormat == Text)
-        write(QStringLiteral("\n-- ") + text);
+    if (mFormat != Text)
+        return;
+    write({});
+    write(QStringLiteral("-- ") + text);
 }
 
 void EventPrinter::print(const Summary &summary, double seconds)
@@ -162,7 +163,8 @@ void EventPrinter::print(const QString &name, const QVector<QPair<QString, qint6
 
 void EventPrinter::printText(const Summary &summary, double seconds)
 {
-    write(QStringLiteral("\nAfter %1 s").arg(seconds, 0, 'f', 1));
+    write({});
+    write(QStringLiteral("After %1 s").arg(seconds, 0, 'f', 1));
     writeFrames("frames from the box", summary.fromBox, inboundName);
     writeFrames("frames to the box", summary.toBox, outboundName);
     writeCount(0, "good receipts to the box", summary.toBox.goodReceipts);
