@@ -161,7 +161,7 @@ private slots:
     void recordsWhatThePortsCarry()
     {
         TraceRecorder recorder;
-        QCOMPARE(recorder.start(mFile, "the box"), QString());
+        QCOMPARE(recorder.start({mFile, {}, true}, "the box"), QString());
         SerialMonitor *monitor = SerialMonitor::instance();
         emit monitor->received(hex("2e"));
         emit monitor->written(hex("ff"), true, true);
@@ -187,7 +187,7 @@ private slots:
         QVERIFY(qAbs(last / 1000 - QDateTime::currentMSecsSinceEpoch()) < 60'000);
 
         TraceRecorder full;
-        QCOMPARE(full.start("/dev/full", "box"), QString());
+        QCOMPARE(full.start({"/dev/full", {}}, "box"), QString());
         emit monitor->received(hex("2e"));
         QVERIFY2(full.problem().contains("/dev/full: No space"), qPrintable(full.problem()));
     }

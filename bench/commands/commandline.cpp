@@ -1,6 +1,6 @@
 #include "commandline.h"
 
-#include <cstdio>
+#include "bench/screen/output.h"
 
 namespace bench {
 
@@ -77,21 +77,21 @@ int CommandLine::complain(const QString &problem)
     QString text = problem;
     if (text.endsWith(QLatin1Char('.')))
         text.chop(1);
-    const QString line = QStringLiteral("canbench %1: %2\nTry 'canbench %1 --help'.\n");
-    std::fputs(line.arg(mName, text).toUtf8().constData(), stderr);
+    standardError().line(QStringLiteral("canbench %1: %2").arg(mName, text));
+    standardError().line(QStringLiteral("Try 'canbench %1 --help'.").arg(mName));
     return WrongUsage;
 }
 
 int fail(const QString &problem)
 {
-    std::fputs(QStringLiteral("canbench: %1\n").arg(problem).toUtf8().constData(), stderr);
+    standardError().line(QStringLiteral("canbench: ") + problem);
     return Failed;
 }
 
 void say(const QString &line)
 {
-    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stdout);
-    std::fflush(stdout);
+    standardOutput().text(line);
+    standardOutput().flush();
 }
 
 } // namespace bench

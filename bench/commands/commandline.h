@@ -61,7 +61,7 @@ private:
 /// A line on standard error, with the program's name in front. \returns Failed.
 int fail(const QString &problem);
 
-/// A line on standard output.
+/// Lines of our own on standard output, which are there at once.
 void say(const QString &line);
 
 } // namespace bench

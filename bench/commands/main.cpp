@@ -1,6 +1,8 @@
 // canbench: try, test and watch the CAN service without a car.
 #include "commandline.h"
 
+#include "bench/screen/output.h"
+
 #include <QCoreApplication>
 
 namespace {
@@ -29,15 +31,8 @@ QString overview()
     return text + QStringLiteral("\n'canbench COMMAND --help' tells more, with examples.");
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int runProgram(const QStringList &arguments)
 {
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("canbench"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(CANBENCH_VERSION));
-
-    const QStringList arguments = QCoreApplication::arguments();
     const QString name = arguments.value(1);
     for (const bench::Command &command : kCommands)
         if (name == QLatin1String(command.name))
@@ -55,4 +50,15 @@ int main(int argc, char **argv)
                                : QStringLiteral("there is no command '%1'").arg(name));
     bench::fail(QStringLiteral("try 'canbench --help'"));
     return bench::WrongUsage;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    bench::prepareStandardStreams();
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("canbench"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(CANBENCH_VERSION));
+    return bench::finishStandardStreams(runProgram(QCoreApplication::arguments()));
 }

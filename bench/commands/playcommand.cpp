@@ -1,5 +1,6 @@
 #include "commandline.h"
 #include "eventprinter.h"
+#include "pluginfile.h"
 #include "scenarioplayer.h"
 #include "tracerecorder.h"
 #include "unixsignals.h"
@@ -27,6 +28,7 @@ void addOptions(CommandLine *line)
          "X"},
         {"seed", "The same seed gives the same faults (default 1).", "N"},
         {"trace", "Record the serial line to FILE.", "FILE"},
+        {"force", "Replace FILE of --trace if it exists."},
         {"check", "Only read the scenario and say what is wrong with it."},
         {"syntax", "List the forms of the steps."},
         {"json", "One JSON object a line."},
@@ -109,7 +111,9 @@ int play(const CommandLine &line, const PlaySettings &settings, const QString &f
 
     TraceRecorder recorder;
     if (line.isSet("trace")) {
-        const QString problem = recorder.start(line.value("trace"), "canbox");
+        const QString plugin = options.plugin.isEmpty() ? defaultPluginFile() : options.plugin;
+        const QString problem =
+            recorder.start({line.value("trace"), {file, plugin}, line.isSet("force")}, "canbox");
         if (!problem.isEmpty())
             return fail(problem);
     }
@@ -130,7 +134,7 @@ int play(const CommandLine &line, const PlaySettings &settings, const QString &f
         return SignalBase + unixSignals.latest();
     printResult(json, file, result == ScenarioPlayer::Passed, player.expectationsMet());
     if (result == ScenarioPlayer::Passed)
-        return Done;
+        return recorder.problem().isEmpty() ? Done : Failed;
     std::fprintf(stderr, "%s:%d: %s\n", qUtf8Printable(file), player.line(),
                  qUtf8Printable(player.failure()));
     return result == ScenarioPlayer::Unmet ? ExpectationFailed : Failed;

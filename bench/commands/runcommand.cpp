@@ -46,6 +46,7 @@ void addOptions(CommandLine *line)
          "KINDS"},
         {"seed", "The same seed gives the same faults (default 1).", "N"},
         {"trace", "Record what the serial line carries to the trace FILE.", "FILE"},
+        {"force", "Replace the trace FILE if it exists."},
         {"list-values", "List the values of the embedded car, what they are and may be."},
         {"json", "One JSON object a line."},
         {"plain", "A line per event on a terminal too, instead of the live view."},
@@ -53,12 +54,16 @@ void addOptions(CommandLine *line)
     });
 }
 
+QString pluginFile(const SessionOptions &options)
+{
+    return options.plugin.isEmpty() ? defaultPluginFile() : options.plugin;
+}
+
 void printVerdict(const ValueWitness &witness, const SessionOptions &options, EventPrinter &printer)
 {
     ValueWitness::Verdict verdict;
     QLoggingCategory::setFilterRules("default=false"); // What the service says of the past.
-    const QString plugin = options.plugin.isEmpty() ? defaultPluginFile() : options.plugin;
-    const QString problem = witness.judge(plugin, options.carModel, &verdict);
+    const QString problem = witness.judge(pluginFile(options), options.carModel, &verdict);
     if (!problem.isEmpty()) {
         fail(problem);
         return;
@@ -155,8 +160,9 @@ int run(CommandLine *line, const RunSettings &settings)
     TraceRecorder recorder;
     if (line->isSet("trace")) {
         const QString &device = settings.session.device;
-        const QString problem =
-            recorder.start(line->value("trace"), device.isEmpty() ? "canbox" : device);
+        const OutputTarget target{
+            line->value("trace"), {pluginFile(settings.session)}, line->isSet("force")};
+        const QString problem = recorder.start(target, device.isEmpty() ? "canbox" : device);
         if (!problem.isEmpty())
             return fail(problem);
     }

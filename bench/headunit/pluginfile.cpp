@@ -1,4 +1,4 @@
-#include "pluginfile.h"
+#include "bench/headunit/pluginfile.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -8,12 +8,9 @@
 
 namespace bench {
 
-QString TraceWriter::open(const QString &file)
+QString TraceWriter::open(const OutputTarget &target)
 {
-    mFile.setFileName(file);
-    if (mFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
-        return {};
-    mProblem = QStringLiteral("%1: %2").arg(file, mFile.errorString());
+    mProblem = mFile.open(target, OutputFile::Live);
     return mProblem;
 }
 
@@ -27,16 +24,16 @@ void TraceWriter::comment(const QString &text) { put("# " + text.simplified().to
 
 void TraceWriter::put(const QByteArray &bytes)
 {
-    if (!mFile.isOpen() || mFile.write(bytes) == bytes.size())
+    if (!mProblem.isEmpty())
         return;
-    mProblem = QStringLiteral("%1: %2; nothing more is recorded")
-                   .arg(mFile.fileName(), mFile.errorString());
-    mFile.close();
+    mProblem = mFile.write(bytes);
+    if (!mProblem.isEmpty())
+        mProblem += QStringLiteral("; nothing more is recorded");
 }
 
-QString TraceRecorder::start(const QString &file, const QString &port)
+QString TraceRecorder::start(const OutputTarget &target, const QString &port)
 {
-    const QString problem = mWriter.open(file);
+    const QString problem = mWriter.open(target);
     if (!problem.isEmpty())
         return problem;
     mPort = port.isEmpty() ? QByteArray("-") : port.toLatin1().left(kMaxTracePort);

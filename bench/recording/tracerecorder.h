@@ -1,6 +1,7 @@
 // Makes recordings of the serial line.
 #pragma once
 
+#include "bench/recording/outputfile.h"
 #include "trace.h"
 
 #include <QElapsedTimer>
@@ -12,8 +13,8 @@ namespace bench {
 class TraceWriter
 {
 public:
-    /// Overwrites \p file. \returns an empty text, or what went wrong.
-    QString open(const QString &file);
+    /// \returns an empty text, or what is wrong.
+    QString open(const OutputTarget &target);
     /// A chunk that is too long for a line becomes several of the same time.
     void write(const TraceLine &line);
     void comment(const QString &text);
@@ -23,7 +24,7 @@ public:
 private:
     void put(const QByteArray &bytes);
 
-    QFile mFile;
+    OutputFile mFile;
     QString mProblem;
 };
 
@@ -36,8 +37,8 @@ public:
     using QObject::QObject;
 
     /// \param port the name for the lines; blanks in it become underscores.
-    /// \returns an empty text, or why \p file cannot be written.
-    QString start(const QString &file, const QString &port);
+    /// \returns an empty text, or why \p target cannot be written.
+    QString start(const OutputTarget &target, const QString &port);
     QString problem() const { return mWriter.problem(); }
 
 private:

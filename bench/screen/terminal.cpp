@@ -1,4 +1,4 @@
-#include "terminal.h"
+#include "bench/screen/terminal.h"
 
 #include <QSocketNotifier>
 
