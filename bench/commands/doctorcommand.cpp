@@ -1,6 +1,6 @@
-#include "commandline.h"
-#include "pluginfile.h"
-#include "pluginhost.h"
+#include "bench/commands/commandline.h"
+#include "bench/headunit/pluginfile.h"
+#include "bench/headunit/pluginhost.h"
 
 #include <QJsonDocument>
 #include <QLoggingCategory>

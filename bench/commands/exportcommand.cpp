@@ -1,7 +1,7 @@
+#include "bench/commands/commandline.h"
+#include "bench/recording/export.h"
 #include "bench/recording/outputfile.h"
 #include "bench/screen/output.h"
-#include "commandline.h"
-#include "export.h"
 
 #include <unistd.h>
 

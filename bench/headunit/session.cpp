@@ -116,12 +116,17 @@ void Session::start()
     mState.begin(&service());
 }
 
+void Session::halt()
+{
+    mStarted = false;
+    service().stop();
+}
+
 void Session::stop()
 {
     if (!mStarted)
         return;
-    mStarted = false;
-    service().stop();
+    halt();
     QEventLoop loop;
     QTimer::singleShot(50, &loop, &QEventLoop::quit);
     loop.exec();

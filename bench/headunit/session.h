@@ -60,6 +60,8 @@ public:
     void start();
     /// Stops the service and lets the event loop run for 50 ms, so that the box hears of it.
     void stop();
+    /// The same without running the event loop.
+    void halt();
     bool isStarted() const { return mStarted; }
 
     CanServiceBase &service() { return *mHost.service(); }

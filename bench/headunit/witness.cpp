@@ -40,12 +40,15 @@ QString versionText(const QByteArray &payload)
 
 } // namespace
 
-Witness::Witness(Session *session, QObject *parent)
+Witness::Witness(Session *session, Scope scope, QObject *parent)
     : QObject(parent)
     , mSession(session)
+    , mScope(scope)
 {
-    connect(session, &Session::happened, this, &Witness::onEvent);
     connect(session, &Session::received, this, &Witness::onReceived);
+    if (scope == Present)
+        return;
+    connect(session, &Session::happened, this, &Witness::onEvent);
     connect(&session->boxEnd()->box(), &VirtualBox::frameSent, this, &Witness::onSent);
 }
 
@@ -137,7 +140,7 @@ void Witness::onReceived(const LineItem &item)
         return;
     mReceived.insert(item.dataType);
     ++mHistory.reports;
-    if (mSent.contains(frameKey(type, item.bytes)))
+    if (mScope == Present || mSent.contains(frameKey(type, item.bytes)))
         return;
     ++mHistory.unsent;
     for (const Statement &statement : meaningOf(type, item.bytes))

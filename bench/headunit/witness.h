@@ -15,8 +15,11 @@ class Witness : public QObject
     Q_OBJECT
 
 public:
+    /// Past: of all that was shown, too, in memory that grows with it.
+    enum Scope { Present, Past };
+
     /// Watches from now on.
-    explicit Witness(Session *session, QObject *parent = nullptr);
+    explicit Witness(Session *session, Scope scope = Past, QObject *parent = nullptr);
 
     /// How the host's getters differ from the car now, as `door.rear is closed instead of open`. A
     /// report that the host has not had yet, or that a frame of no car has overwritten, is left out.
@@ -51,6 +54,7 @@ private:
     QVector<Statement> meaningOf(Inbound type, const QByteArray &payload) const;
 
     Session *const mSession;
+    const Scope mScope;
     QSet<QByteArray> mSent; ///< Data type and payload.
     QSet<Statement> mMeant;
     QSet<Statement> mMeantByDamage;

@@ -136,8 +136,8 @@ bool Runner::act(const steps::Start &)
 
 bool Runner::act(const steps::Stop &)
 {
-    mStage.host->stop();
-    return true;
+    mStage.host->halt();
+    return wait(50); // The box hears of it.
 }
 
 bool Runner::act(const steps::Wait &step)

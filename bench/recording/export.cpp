@@ -1,4 +1,4 @@
-#include "export.h"
+#include "bench/recording/export.h"
 
 #include <QDataStream>
 #include <QHash>

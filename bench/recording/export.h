@@ -1,7 +1,7 @@
 // Recordings in the formats of other tools.
 #pragma once
 
-#include "trace.h"
+#include "bench/recording/trace.h"
 
 #include <QIODevice>
 

@@ -1,6 +1,7 @@
-#include "trace.h"
+#include "bench/recording/trace.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace bench {
 
@@ -60,6 +61,12 @@ QByteArray traceText(const TraceLine &line)
            (line.fromBox ? " R " : " T ") + line.bytes.toHex().toUpper() + '\n';
 }
 
+QByteArray traceText(const TraceCar &car)
+{
+    return "# car model " + QByteArray::number(car.model) + " index " +
+           QByteArray::number(car.index);
+}
+
 QString parseTraceText(const QByteArray &text, TraceLine *line)
 {
     const QList<QByteArray> fields = text.simplified().split(' ');
@@ -99,15 +106,27 @@ TraceReader::TraceReader(const QString &file)
                                                    : mFile.open(QIODevice::ReadOnly);
     if (!isOpen)
         mProblem = QStringLiteral("%1: %2").arg(mName, mFile.errorString());
+    TraceLine first;
+    if (read(&first))
+        mAhead = first;
 }
 
 bool TraceReader::next(TraceLine *line)
+{
+    if (!mAhead)
+        return read(line);
+    *line = *std::exchange(mAhead, std::nullopt);
+    return true;
+}
+
+bool TraceReader::read(TraceLine *line)
 {
     QByteArray text;
     while (mProblem.isEmpty() && readText(&text)) {
         const QByteArray content = text.trimmed();
         if (content.isEmpty() || content.startsWith('#')) {
             mLineEnded = true; // There is nothing to be cut.
+            readComment(content);
             continue;
         }
         const QString problem = parseTraceText(content, line);
@@ -124,6 +143,17 @@ bool TraceReader::next(TraceLine *line)
         fail(QStringLiteral("the file ends without a line end: the recording was cut here, or the "
                             "line end is missing"));
     return false;
+}
+
+void TraceReader::readComment(const QByteArray &text)
+{
+    const QList<QByteArray> words = text.simplified().split(' ');
+    bool isModel = false, isIndex = false;
+    if (mCar || words.size() != 6 || !text.startsWith("# car model ") || words.at(4) != "index")
+        return;
+    const TraceCar car{words.at(3).toInt(&isModel), words.at(5).toInt(&isIndex)};
+    if (isModel && isIndex)
+        mCar = car;
 }
 
 bool TraceReader::readText(QByteArray *text)
@@ -156,6 +186,7 @@ bool TraceReader::rewind()
     mNumber = 0;
     mTime = 0;
     mBackwardSteps = 0;
+    mAhead.reset();
     mProblem.clear();
     return true;
 }

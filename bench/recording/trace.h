@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QString>
 
+#include <optional>
+
 namespace bench {
 
 /// What one read or one write carried.
@@ -20,6 +22,13 @@ struct TraceLine
     QByteArray bytes; ///< 1 to kMaxTraceBytes.
 };
 
+/// The car that was selected in the head unit, from the comment `# car model 22 index 7`.
+struct TraceCar
+{
+    int model;
+    int index;
+};
+
 constexpr int kMaxTraceBytes = 4096;
 constexpr int kMaxTracePort = 255;
 
@@ -29,6 +38,9 @@ QByteArray traceText(const TraceLine &line);
 /// Reads a line without its line end. \returns an empty text, or what is wrong and what would be
 /// right.
 QString parseTraceText(const QByteArray &text, TraceLine *line);
+
+/// The comment without its line end.
+QByteArray traceText(const TraceCar &car);
 
 /// Reads a recording line by line, whatever the file holds, in memory that does not grow with it.
 class TraceReader
@@ -47,13 +59,19 @@ public:
     QString problem() const { return mProblem; }
     /// What is strange and yet can be read; empty for nothing.
     QString note() const;
+    /// The car of the recording, if a comment before its first line tells.
+    const std::optional<TraceCar> &car() const { return mCar; }
 
 private:
+    bool read(TraceLine *line);
+    void readComment(const QByteArray &text);
     bool readText(QByteArray *text);
     bool fail(const QString &what);
 
     const QString mName;
     QFile mFile;
+    std::optional<TraceLine> mAhead; ///< The first line, read with what is before it.
+    std::optional<TraceCar> mCar;
     qint64 mNumber = 0;      ///< Of the latest line, counted from 1.
     bool mLineEnded = false; ///< The latest line has its line end.
     qint64 mTime = 0;

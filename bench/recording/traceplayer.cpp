@@ -1,4 +1,4 @@
-#include "traceplayer.h"
+#include "bench/recording/traceplayer.h"
 
 #include <cmath>
 
@@ -19,15 +19,15 @@ TracePlayer::TracePlayer(const QString &file, const PlayOptions &options, QObjec
     : QObject(parent)
     , mOptions(options)
     , mTrace(file)
+    , mCutter(options.fromBox ? LineCutter::Host : LineCutter::Box)
 {
     mTimer.setSingleShot(true);
     mTimer.setTimerType(Qt::PreciseTimer);
     connect(&mTimer, &QTimer::timeout, this, &TracePlayer::onTimer);
-    connect(&mReader, &FrameReader::frame, this,
-            [this](quint8 dataType, const QByteArray &payload) {
-                if (mOptions.only.contains(dataType))
-                    mSelected += canbox::buildFrame(dataType, payload);
-            });
+    connect(&mCutter, &LineCutter::item, this, [this](const LineItem &item) {
+        if (item.kind == LineItem::Frame && mOptions.only.contains(item.dataType))
+            mSelected += canbox::buildFrame(item.dataType, item.bytes);
+    });
 }
 
 QString TracePlayer::prepare()
@@ -90,7 +90,7 @@ void TracePlayer::onTimer()
 {
     int portion = 0;
     while (mHasLine && due() <= elapsed() && portion < kPortion) {
-        const QByteArray bytes = mOptions.only.isEmpty() ? mLine.bytes : selected(mLine.bytes);
+        const QByteArray bytes = mOptions.only.isEmpty() ? mLine.bytes : selected(mLine);
         portion += mLine.bytes.size();
         fetch();
         if (bytes.isEmpty())
@@ -105,7 +105,7 @@ void TracePlayer::onTimer()
             return;
         }
         mTrace.rewind();
-        mReader.reset();
+        mCutter.reset();
         mLineTime = 0;
         fetch();
     }
@@ -113,10 +113,10 @@ void TracePlayer::onTimer()
     mTimer.start(static_cast<int>(qBound(0.0, wait, 60'000.0)));
 }
 
-QByteArray TracePlayer::selected(const QByteArray &bytes)
+QByteArray TracePlayer::selected(const TraceLine &line)
 {
     mSelected.clear();
-    mReader.feed(bytes);
+    mCutter.feed(line.bytes, line.time);
     return mSelected;
 }
 

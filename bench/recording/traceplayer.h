@@ -1,8 +1,8 @@
 // Plays a recording in its own time.
 #pragma once
 
-#include "framereader.h"
-#include "trace.h"
+#include "bench/recording/trace.h"
+#include "bench/wire/linecutter.h"
 
 #include <QElapsedTimer>
 #include <QSet>
@@ -41,6 +41,7 @@ public:
     std::optional<double> duration() const;
     qint64 chunks() const { return mChunks; } ///< Played so far.
 
+    const std::optional<TraceCar> &car() const { return mTrace.car(); }
     /// What is wrong with the recording; empty for nothing.
     QString problem() const { return mTrace.problem(); }
     QString note() const { return mTrace.note(); }
@@ -53,11 +54,11 @@ private:
     void fetch();
     void onTimer();
     double due() const;
-    QByteArray selected(const QByteArray &bytes);
+    QByteArray selected(const TraceLine &line);
 
     const PlayOptions mOptions;
     TraceReader mTrace;
-    FrameReader mReader;
+    LineCutter mCutter;
     QByteArray mSelected; ///< Frames of the present chunk that are among those to play.
     qint64 mFirst = 0;    ///< Microseconds.
     double mPassSeconds = 0;

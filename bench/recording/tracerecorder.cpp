@@ -1,4 +1,4 @@
-#include "tracerecorder.h"
+#include "bench/recording/tracerecorder.h"
 
 #include <serialport.h>
 
@@ -31,7 +31,7 @@ void TraceWriter::put(const QByteArray &bytes)
         mProblem += QStringLiteral("; nothing more is recorded");
 }
 
-QString TraceRecorder::start(const OutputTarget &target, const QString &port)
+QString TraceRecorder::start(const OutputTarget &target, const QString &port, const TraceCar &car)
 {
     const QString problem = mWriter.open(target);
     if (!problem.isEmpty())
@@ -41,6 +41,7 @@ QString TraceRecorder::start(const OutputTarget &target, const QString &port)
         mPort.begin(), mPort.end(), [](char c) { return c <= ' ' || c > '~'; }, '_');
     mStart = QDateTime::currentMSecsSinceEpoch() * 1000;
     mClock.start();
+    mWriter.comment(QString::fromLatin1(traceText(car).mid(2)));
     mWriter.comment(QStringLiteral("(seconds since 1970) port, R from the box or T to it, bytes"));
 
     using canservice::SerialMonitor;

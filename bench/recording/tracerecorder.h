@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bench/recording/outputfile.h"
-#include "trace.h"
+#include "bench/recording/trace.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -38,7 +38,7 @@ public:
 
     /// \param port the name for the lines; blanks in it become underscores.
     /// \returns an empty text, or why \p target cannot be written.
-    QString start(const OutputTarget &target, const QString &port);
+    QString start(const OutputTarget &target, const QString &port, const TraceCar &car);
     QString problem() const { return mWriter.problem(); }
 
 private:

@@ -1,10 +1,9 @@
 // What a recording meant to the service.
 #pragma once
 
-#include "linecutter.h"
-#include "session.h"
-#include "trace.h"
-#include "virtualclock.h"
+#include "bench/headunit/servicetime.h"
+#include "bench/headunit/session.h"
+#include "bench/recording/trace.h"
 
 namespace bench {
 
@@ -26,8 +25,10 @@ public:
     /// The recording has ended.
     void finish();
 
+    /// Of the recording's first line, in microseconds.
+    qint64 origin() const { return mStart; }
     double seconds() const; ///< Since the recording's first line.
-    const Snapshot &state() const { return mState; }
+    const StateWatch &state() const { return mState; }
     Summary summary() const;
 
 signals:
@@ -37,18 +38,18 @@ signals:
     void happened(const bench::Event &event);
 
 private:
-    void onEvent(const QString &name, const QVariantList &arguments);
+    void onSignal(int signal, const QVector<Value> &arguments);
 
-    VirtualClock mClock;
+    ServiceTime mTime;
     PluginHost mHost;
-    LineCutter mFromBox{false};
-    LineCutter mToBox{true};
-    Snapshot mState;
-    QMap<QString, int> mEvents;
+    LineCutter mFromBox{LineCutter::Host};
+    LineCutter mToBox{LineCutter::Box};
+    StateWatch mState;
+    QVector<int> mEvents; ///< Counts, by signal.
     bool mBegun = false;
     qint64 mStart = 0; ///< Microseconds, as the recording has them.
-    qint64 mTime = 0;
-    QElapsedTimer mSinceTime;
+    qint64 mLatest = 0;
+    qint64 mMark = 0; ///< Where the latest line stands on the service's time.
 };
 
 } // namespace bench

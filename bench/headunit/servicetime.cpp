@@ -1,4 +1,4 @@
-#include "virtualclock.h"
+#include "bench/headunit/servicetime.h"
 
 #include <QCoreApplication>
 
@@ -9,12 +9,14 @@ namespace {
 
 bool isVirtual = false;
 timespec now;
+qint64 passed = 0; // Nanoseconds since the construction.
 
 constexpr qint64 kSecond = 1'000'000'000; // In nanoseconds, as the rest here.
 constexpr qint64 kStep = 10'000'000;      // Finer than any timer of the service.
 
 void pass(qint64 nanoseconds)
 {
+    passed += nanoseconds;
     const qint64 sum = now.tv_nsec + nanoseconds;
     now.tv_sec += static_cast<time_t>(sum / kSecond);
     now.tv_nsec = static_cast<long>(sum % kSecond);
@@ -37,18 +39,21 @@ extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
 
 namespace bench {
 
-VirtualClock::VirtualClock()
+ServiceTime::ServiceTime()
 {
     clock_gettime(CLOCK_MONOTONIC, &now);
     // Coarse timers run out at certain parts of a second: always the same ones this way.
     ++now.tv_sec;
     now.tv_nsec = 0;
+    passed = 0;
     isVirtual = true;
 }
 
-VirtualClock::~VirtualClock() { isVirtual = false; }
+ServiceTime::~ServiceTime() { isVirtual = false; }
 
-void VirtualClock::advance(qint64 microseconds)
+qint64 ServiceTime::nanoseconds() const { return passed; }
+
+void ServiceTime::advance(qint64 microseconds)
 {
     qint64 rest = microseconds * 1000;
     for (; rest > kStep; rest -= kStep)

@@ -1,4 +1,4 @@
-#include "decode.h"
+#include "bench/recording/decoder.h"
 
 #include <canbusmanager.h>
 #include <serialport.h>
@@ -16,8 +16,9 @@ constexpr qint64 kEventful = 60'000'000;
 
 TraceDecoder::TraceDecoder(QObject *parent)
     : QObject(parent)
+    , mEvents(interfaceSignals().size())
 {
-    connect(&mHost, &PluginHost::event, this, &TraceDecoder::onEvent);
+    connect(&mHost, &PluginHost::event, this, &TraceDecoder::onSignal);
     connect(&mFromBox, &LineCutter::item, this,
             [this](const LineItem &cut) { emit item(true, cut); });
     connect(&mToBox, &LineCutter::item, this,
@@ -34,6 +35,7 @@ TraceDecoder::~TraceDecoder()
 {
     if (mHost.service())
         mHost.service()->stop();
+    mState.end();
     mHost.unload();
 }
 
@@ -45,27 +47,27 @@ QString TraceDecoder::open(const QString &plugin, int carModel)
     if (!problem.isEmpty())
         return problem;
     mHost.service()->start();
-    mState = Snapshot(*mHost.service());
+    mState.begin(mHost.service());
     return {};
 }
 
 void TraceDecoder::feed(const TraceLine &line)
 {
     if (!mBegun)
-        mStart = mTime = line.time;
+        mStart = mLatest = line.time;
     mBegun = true;
-    mSinceTime.start();
-    mClock.advance(qBound<qint64>(0, line.time - mTime, kEventful));
-    mTime = qMax(mTime, line.time);
-    mSinceTime.start();
+    const qint64 passed = qMax<qint64>(0, line.time - mLatest);
+    mTime.advance(qMin(passed, kEventful));
+    mLatest += passed;
+    mMark = mTime.microseconds();
 
     LineCutter &cutter = line.fromBox ? mFromBox : mToBox;
-    cutter.take(line.bytes, mTime);
+    cutter.take(line.bytes, mLatest);
     if (line.fromBox) {
         QMetaObject::invokeMethod(mHost.service(), "onDataReady", Q_ARG(QByteArray, line.bytes));
-        const Snapshot now(*mHost.service());
-        if (!now.changesSince(mState).isEmpty())
-            onEvent(QStringLiteral("state"), {});
+        const QVector<Change> changes = mState.lookAround();
+        if (!changes.isEmpty())
+            emit happened({seconds(), QStringLiteral("state"), {}, changes});
     }
     cutter.cutAll();
 }
@@ -78,8 +80,7 @@ void TraceDecoder::finish()
 
 double TraceDecoder::seconds() const
 {
-    const qint64 sinceTime = mBegun ? mSinceTime.nsecsElapsed() / 1000 : 0;
-    return static_cast<double>(mTime - mStart + sinceTime) / 1e6;
+    return static_cast<double>(mLatest - mStart + mTime.microseconds() - mMark) / 1e6;
 }
 
 Summary TraceDecoder::summary() const
@@ -87,21 +88,17 @@ Summary TraceDecoder::summary() const
     Summary summary;
     summary.fromBox = mFromBox.counts();
     summary.toBox = mToBox.counts();
-    summary.events = mEvents;
+    for (int signal = 0; signal < mEvents.size(); ++signal)
+        if (mEvents.at(signal) > 0)
+            summary.events[interfaceSignals().at(signal).name] = mEvents.at(signal);
     return summary;
 }
 
-void TraceDecoder::onEvent(const QString &name, const QVariantList &arguments)
+void TraceDecoder::onSignal(int signal, const QVector<Value> &arguments)
 {
-    ++mEvents[name];
-    Event event{seconds(), name, arguments, {}};
-    // The link code precedes the handling of a frame: what changes belongs to the signal after it.
-    if (name != QLatin1String("notifyCanbusStatus")) {
-        const Snapshot now(*mHost.service());
-        event.changes = now.changesSince(mState);
-        mState = now;
-    }
-    emit happened(event);
+    ++mEvents[signal];
+    emit happened({seconds(), interfaceSignals().at(signal).name, arguments,
+                   mState.changesWith(signal)});
 }
 
 } // namespace bench

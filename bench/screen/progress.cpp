@@ -1,4 +1,4 @@
-#include "progress.h"
+#include "bench/screen/progress.h"
 
 #include <QByteArray>
 
