@@ -84,8 +84,9 @@ int SessionRun::finish(int code)
         mPrinter.print("faults", mSession.boxEnd()->faults().summary());
     bool isWrong = !differences.isEmpty();
     if (mWitness) {
-        mPrinter.print("values", mWitness->summary(differences));
         isWrong = isWrong || !mWitness->history().unexplained.isEmpty();
+        if (isWrong || mOptions.format == Printer::Json || mSession.boxEnd()->faults().wasUsed())
+            mPrinter.print("values", mWitness->summary(differences));
         for (const QString &value : mWitness->history().unexplained)
             fail(QStringLiteral("%1 was shown, which no frame said").arg(value));
     }
