@@ -112,6 +112,43 @@ const struct
     {"no temporary folder", "TMPDIR=/nonexistent $b play s >out", 0, ""},
 };
 
+// How a shell makes the file x from the plug-in p with $b for canbench; what the doctor tells of x.
+const struct
+{
+    const char *name, *command;
+    int code;
+    const char *told;
+} kLibraries[] = {
+    {"the plug-in", "cp $p x", 0, "symbols, as agreed\nLoadable: its service is a canservice::"},
+    {"an empty name", "x=", 1, "Not loadable: its name is empty"},
+    {"an empty file", ": >x", 1, "it is empty"},
+    {"a folder", "mkdir x", 1, "it is a folder"},
+    {"a device", "ln -s /dev/null x", 1, "it is not a file, but a device"},
+    {"links in a circle", "ln -s y x; ln -s x y", 1, "its links lead in a circle"},
+    {"a link to nowhere", "ln -s y x", 1, "it is a link to a file that does not exist"},
+    {"a text", "echo ELF >x", 1, "it is not a library (no ELF file)"},
+    {"a program", "cp $b x", 1, "it is a program, not a library"},
+    {"half of it", "head -c 30000 $p >x", 1, "it is cut short: it has 30000 bytes"},
+    {"a part of its header", "head -c 40 $p >x", 1, "it is cut short: it has 40 bytes"},
+    {"its first bytes", "head -c 10 $p >x", 1, "it is cut short within its first line"},
+    {"a library that is no plug-in", "cp $(ldd $b | grep -o '/.*libQt5Core[^ ]*') x", 1,
+     "it is a library, but no Qt plug-in"},
+    // Read as far as it goes, whatever the machine.
+    {"one for another machine", "cp $p x; printf '\\363' | dd of=x bs=1 seek=18 conv=notrunc", 1,
+     "symbols, as agreed\nNot loadable: it is built for RISC-V"},
+    {"one with other symbols", "sed s/getCarModelId/getCarModelIx/ $p >x", 1,
+     "  host       asks the host for what is not agreed: CanBusManager::getCarModelIx()\n"
+     "  host       does not ask the host for: CanBusManager::getCarModelId()\n"
+     "Not loadable: a symbol that it needs is missing"},
+    {"one without its entry", "sed s/qt_plugin_instance/qt_plugin_instanxe/ $p >x", 1,
+     "  host       does not offer to the host: qt_plugin_instance\nNot loadable: "},
+    {"damaged relocations",
+     "cp $p x; at=$(readelf -SW x | sed -n 's/.* \\.rela\\.dyn *RELA *[^ ]* *\\([^ ]*\\).*/\\1/p');"
+     "printf '\\377\\377\\377\\377\\377\\377\\377' | dd of=x bs=1 seek=$((0x$at)) conv=notrunc",
+     1, "Not loadable: loading it ends the program ("},
+    {"no descriptors", "cp $p x; ulimit -n 4", 1, "Too many open files"},
+};
+
 const QByteArray kEnter = "\033[?1049h\033[?25l\033[?7l";
 const QByteArray kLeave = "\033[?7h\033[?25h\033[?1049l";
 
@@ -232,6 +269,19 @@ private slots:
         QVERIFY(kept.open(QIODevice::ReadOnly) && kept.readAll().startsWith(trace));
         QCOMPARE(QDir(directory.filePath("tmp")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
                  QStringList());
+    }
+
+    void tellsWhatCannotBeLoaded_data() { addRows(kLibraries); }
+    void tellsWhatCannotBeLoaded()
+    {
+        const auto &row = currentRow(kLibraries);
+        const QTemporaryDir directory;
+        const Outcome outcome =
+            run("sh", {"-c", "cd " + directory.path() + "; b=" CANBENCH " p=" PLUGIN_FILE " x=x; " +
+                                 row.command + " 2>errors; $b doctor \"$x\""});
+        QVERIFY2(outcome.output.contains(row.told), outcome.output);
+        QCOMPARE(outcome.errors, QByteArray());
+        QCOMPARE(outcome.code, row.code);
     }
 
     void givesTheTerminalBack()
