@@ -8,7 +8,12 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <csignal>
 #include <limits>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace bench;
 
@@ -107,6 +112,100 @@ const struct
     {"no temporary folder", "TMPDIR=/nonexistent $b play s >out", 0, ""},
 };
 
+// How a shell makes the file x from the plug-in p with $b for canbench; what the doctor tells of x.
+const struct
+{
+    const char *name, *command;
+    int code;
+    const char *told;
+} kLibraries[] = {
+    {"the plug-in", "cp $p x", 0, "symbols, as agreed\nLoadable: its service is a canservice::"},
+    {"an empty name", "x=", 1, "Not loadable: its name is empty"},
+    {"an empty file", ": >x", 1, "it is empty"},
+    {"a folder", "mkdir x", 1, "it is a folder"},
+    {"a device", "ln -s /dev/null x", 1, "it is not a file, but a device"},
+    {"links in a circle", "ln -s y x; ln -s x y", 1, "its links lead in a circle"},
+    {"a link to nowhere", "ln -s y x", 1, "it is a link to a file that does not exist"},
+    {"a text", "echo ELF >x", 1, "it is not a library (no ELF file)"},
+    {"a program", "cp $b x", 1, "it is a program, not a library"},
+    {"half of it", "head -c 30000 $p >x", 1, "it is cut short: it has 30000 bytes"},
+    {"a part of its header", "head -c 40 $p >x", 1, "it is cut short: it has 40 bytes"},
+    {"its first bytes", "head -c 10 $p >x", 1, "it is cut short within its first line"},
+    {"a library that is no plug-in", "cp $(ldd $b | grep -o '/.*libQt5Core[^ ]*') x", 1,
+     "it is a library, but no Qt plug-in"},
+    // Read as far as it goes, whatever the machine.
+    {"one for another machine", "cp $p x; printf '\\363' | dd of=x bs=1 seek=18 conv=notrunc", 1,
+     "symbols, as agreed\nNot loadable: it is built for RISC-V"},
+    {"one with other symbols", "sed s/getCarModelId/getCarModelIx/ $p >x", 1,
+     "  host       asks the host for what is not agreed: CanBusManager::getCarModelIx()\n"
+     "  host       does not ask the host for: CanBusManager::getCarModelId()\n"
+     "Not loadable: a symbol that it needs is missing"},
+    {"one without its entry", "sed s/qt_plugin_instance/qt_plugin_instanxe/ $p >x", 1,
+     "  host       does not offer to the host: qt_plugin_instance\nNot loadable: "},
+    {"damaged relocations",
+     "cp $p x; at=$(readelf -SW x | sed -n 's/.* \\.rela\\.dyn *RELA *[^ ]* *\\([^ ]*\\).*/\\1/p');"
+     "printf '\\377\\377\\377\\377\\377\\377\\377' | dd of=x bs=1 seek=$((0x$at)) conv=notrunc",
+     1, "Not loadable: loading it ends the program ("},
+    {"no descriptors", "cp $p x; ulimit -n 4", 1, "Too many open files"},
+};
+
+const QByteArray kEnter = "\033[?1049h\033[?25l\033[?7l";
+const QByteArray kLeave = "\033[?7h\033[?25h\033[?1049l";
+
+// A shell with job control on a terminal of its own.
+class Shell
+{
+public:
+    Shell()
+    {
+        winsize window{24, 80, 0, 0};
+        mProcess = forkpty(&mMaster, nullptr, nullptr, &window);
+        if (mProcess != 0)
+            return;
+        setenv("TERM", "xterm", 1);
+        setenv("PS1", "ready> ", 1);
+        execlp("bash", "bash", "--norc", "--noprofile", "--noediting", "-i", nullptr);
+        _exit(127);
+    }
+    ~Shell()
+    {
+        kill(mProcess, SIGKILL);
+        waitpid(mProcess, nullptr, 0);
+        close(mMaster);
+    }
+
+    void resize(ushort columns, ushort lines) const
+    {
+        const winsize window{lines, columns, 0, 0};
+        ioctl(mMaster, TIOCSWINSZ, &window);
+    }
+    tcflag_t modes() const
+    {
+        termios settings{};
+        tcgetattr(mMaster, &settings);
+        return settings.c_lflag & (ICANON | ECHO);
+    }
+    // What came until a text that answers what is typed.
+    QByteArray answer(const QByteArray &typed, const QByteArray &text)
+    {
+        [[maybe_unused]] const auto size = write(mMaster, typed.constData(), size_t(typed.size()));
+        QByteArray seen;
+        pollfd readable{mMaster, POLLIN, 0};
+        char bytes[4096];
+        while (!seen.contains(text) && poll(&readable, 1, 5000) > 0) {
+            const ssize_t count = read(mMaster, bytes, sizeof bytes);
+            if (count <= 0)
+                break;
+            seen.append(bytes, int(count));
+        }
+        return seen;
+    }
+
+private:
+    int mMaster = -1;
+    pid_t mProcess = -1;
+};
+
 } // namespace
 
 class OutputTest : public QObject
@@ -170,6 +269,59 @@ private slots:
         QVERIFY(kept.open(QIODevice::ReadOnly) && kept.readAll().startsWith(trace));
         QCOMPARE(QDir(directory.filePath("tmp")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
                  QStringList());
+    }
+
+    void tellsWhatCannotBeLoaded_data() { addRows(kLibraries); }
+    void tellsWhatCannotBeLoaded()
+    {
+        const auto &row = currentRow(kLibraries);
+        const QTemporaryDir directory;
+        const Outcome outcome =
+            run("sh", {"-c", "cd " + directory.path() + "; b=" CANBENCH " p=" PLUGIN_FILE " x=x; " +
+                                 row.command + " 2>errors; $b doctor \"$x\""});
+        QVERIFY2(outcome.output.contains(row.told), outcome.output);
+        QCOMPARE(outcome.errors, QByteArray());
+        QCOMPARE(outcome.code, row.code);
+    }
+
+    void givesTheTerminalBack()
+    {
+        const QByteArray program = CANBENCH;
+        Shell shell;
+        QVERIFY(shell.answer("", "ready> ").endsWith("ready> "));
+        shell.answer("ulimit -c 0\n", "ready> ");
+        const QByteArray piped = shell.answer(program + " run --duration 0.3 | cat\n", "events");
+        QVERIFY2(piped.contains("the box answers") && !piped.contains(kEnter), piped);
+        const tcflag_t modes = shell.modes();
+        QVERIFY(shell.answer("NO_COLOR=1 " + program + " run\n", "link up").contains(kEnter));
+        QCOMPARE(shell.modes(), tcflag_t(0));
+
+        const QByteArray stopped = shell.answer("\x1a", "ready> ");
+        QVERIFY2(stopped.contains(kLeave) && stopped.contains("Stopped"), stopped);
+        QCOMPARE(shell.modes(), modes);
+        QVERIFY(shell.answer("fg\n", "link up").contains(kEnter));
+        QCOMPARE(shell.modes(), tcflag_t(0));
+
+        shell.resize(40, 10);
+        QByteArray drawn = shell.answer("", "\033[J");
+        drawn += shell.answer("", "\033[J") + shell.answer("", "\033[J");
+        const int end = drawn.lastIndexOf("\033[J");
+        const int begin = drawn.lastIndexOf("\033[H", end) + 3;
+        // The terminal makes \r\n of each \n.
+        const QString frame = QString::fromUtf8(drawn.mid(begin, end - begin));
+        const QStringList lines = frame.split("\033[K\r\r\n");
+        QCOMPARE(lines.size(), 10);
+        for (QString line : lines)
+            QVERIFY2(line.remove("\033[K").size() <= 40 && !line.contains('\033'),
+                     qPrintable(line));
+        QVERIFY2(lines.first().endsWith(QChar(0x2026)), qPrintable(lines.first()));
+
+        QVERIFY(shell.answer("q", "ready> ").contains(kLeave)); // Without Enter.
+        QCOMPARE(shell.modes(), modes);
+        shell.answer(program + " run\n", "link up");
+        QVERIFY(shell.answer("\x1c", "ready> ").contains(kLeave)); // The fatal one of the keys.
+        QCOMPARE(shell.modes(), modes);
+        QVERIFY(shell.answer("echo code $?\n", "code 131").contains("code 131"));
     }
 };
 

@@ -1,21 +1,34 @@
 #include "bench/headunit/pluginfile.h"
 
+#include "bench/headunit/trialload.h"
+#include "frozencontract.h"
+
+#include <QCborMap>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QPluginLoader>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <elf.h>
 #include <iterator>
+#include <sys/stat.h>
 
 namespace bench {
 
 namespace {
 
 constexpr char kPluginId[] = "com.quendal.CanServicePlugin";
+
+// What Qt puts into the section: the mark, 4 bytes (0, major and minor version, kind of build) and
+// a CBOR map with these keys.
+constexpr char kMetaDataMark[] = "QTMETADATA !";
+constexpr int kMetaDataHead = 16;
+constexpr int kMajorVersion = 13;
+constexpr int kMinorVersion = 14;
+enum MetaDataKey { InterfaceId = 2, ClassName = 3 };
 
 struct Machine
 {
@@ -28,53 +41,75 @@ constexpr Machine kMachines[] = {
     {EM_ARM, "32-bit ARM"}, {EM_RISCV, "RISC-V"},
 };
 
-QString machineName(int code)
+struct FileError
 {
-    const auto *machine = std::find_if(std::begin(kMachines), std::end(kMachines),
-                                       [code](const Machine &row) { return row.code == code; });
-    return machine == std::end(kMachines) ? QStringLiteral("machine %1").arg(code)
-                                          : QLatin1String(machine->name);
-}
-
-// The part of an ELF header that both word sizes share.
-struct Header
-{
-    bool isElf = false;
-    bool isShared = false;
-    int machine = 0;
+    int error;
+    const char *text;
 };
 
-Header readHeader(const QString &path)
+constexpr FileError kFileErrors[] = {
+    {ENOENT, "there is no such file"},
+    {ENOTDIR, "there is no such file: a part of its path is no folder"},
+    {ELOOP, "its links lead in a circle"},
+    {EACCES, "you may not look into its folder"},
+    {ENAMETOOLONG, "the name is too long for a file"},
+};
+
+QString fileProblem(const QString &path)
 {
-    QFile file(path);
-    Elf32_Ehdr start;
-    const QByteArray bytes =
-        file.open(QIODevice::ReadOnly) ? file.read(sizeof start) : QByteArray();
-    if (bytes.size() < static_cast<int>(sizeof start) || !bytes.startsWith(ELFMAG))
-        return {};
-    std::memcpy(&start, bytes.constData(), sizeof start);
-    return {true, start.e_type == ET_DYN, start.e_machine};
+    struct stat info;
+    const QByteArray name = QFile::encodeName(path);
+    if (stat(name.constData(), &info) != 0) {
+        const int error = errno;
+        if (error == ENOENT && lstat(name.constData(), &info) == 0)
+            return QStringLiteral("it is a link to a file that does not exist");
+        const auto *row =
+            std::find_if(std::begin(kFileErrors), std::end(kFileErrors),
+                         [error](const FileError &known) { return known.error == error; });
+        return row == std::end(kFileErrors) ? QString::fromLocal8Bit(std::strerror(error))
+                                            : QLatin1String(row->text);
+    }
+    if (S_ISDIR(info.st_mode))
+        return QStringLiteral("it is a folder; name the file in it");
+    if (!S_ISREG(info.st_mode))
+        return QStringLiteral("it is not a file, but a device, pipe or socket");
+    return {};
 }
 
-QString libraryProblem(const QString &path)
+QString libraryProblem(const ElfFile &library)
 {
-    const QFileInfo info(path);
-    if (!info.exists())
-        return QStringLiteral("there is no such file");
-    if (!info.isFile())
-        return QStringLiteral("it is not a file");
-    if (!info.isReadable())
-        return QStringLiteral("you may not read it");
-    const Header header = readHeader(path);
-    if (!header.isElf)
-        return QStringLiteral("it is not a library (no ELF file)");
-    const Header own = readHeader(QStringLiteral("/proc/self/exe"));
-    if (own.isElf && header.machine != own.machine)
-        return QStringLiteral("it is built for %1, and this program runs on %2")
-            .arg(machineName(header.machine), machineName(own.machine));
-    if (!header.isShared)
-        return QStringLiteral("it is not a shared library (some other kind of ELF file)");
+    if (!library.problem.isEmpty())
+        return library.problem;
+    if (library.kind == ElfFile::Program)
+        return QStringLiteral("it is a program, not a library");
+    if (library.kind == ElfFile::Other)
+        return QStringLiteral("it is not a shared library, but another kind of ELF file, such as "
+                              "an object file");
     return {};
+}
+
+QString machineProblem(const ElfFile &library)
+{
+    const ElfFile own = readElf(QStringLiteral("/proc/self/exe"));
+    if (!own.problem.isEmpty()) // Loading will tell.
+        return {};
+    if (library.machine == own.machine && library.bits == own.bits)
+        return {};
+    return QStringLiteral("it is built for %1, and this program runs on %2")
+        .arg(machineName(library.machine), machineName(own.machine));
+}
+
+QJsonObject readMetaData(const QByteArray &section)
+{
+    if (!section.startsWith(kMetaDataMark) || section.size() < kMetaDataHead)
+        return {};
+    const QCborMap map = QCborValue::fromCbor(section.mid(kMetaDataHead)).toMap();
+    const auto qt = QStringLiteral("%1.%2")
+                        .arg(uchar(section.at(kMajorVersion)))
+                        .arg(uchar(section.at(kMinorVersion)));
+    return {{QStringLiteral("IID"), map.value(InterfaceId).toString()},
+            {QStringLiteral("className"), map.value(ClassName).toString()},
+            {QStringLiteral("qt"), qt}};
 }
 
 QString metaDataProblem(const QJsonObject &metaData)
@@ -89,19 +124,35 @@ QString metaDataProblem(const QJsonObject &metaData)
     return {};
 }
 
-QString loadProblem(const QString &error)
+// The lines below a heading, up to a blank one.
+QStringList frozenLines(const QString &heading)
 {
-    if (error.contains(QLatin1String("undefined symbol")))
-        return QStringLiteral("a symbol that it needs is missing, so it was built against another "
-                              "host library: ") +
-               error;
-    if (error.contains(QLatin1String("cannot open shared object file")))
-        return QStringLiteral("a library that it needs is not found; see LD_LIBRARY_PATH: ") +
-               error;
-    return error;
+    const QStringList lines = QString::fromUtf8(kFrozenContract).split(QLatin1Char('\n'));
+    QStringList result;
+    for (int i = lines.indexOf(heading) + 1; i < lines.size() && !lines.at(i).isEmpty(); ++i)
+        result += lines.at(i);
+    return result;
+}
+
+// What the first list has beyond the second.
+QString beyond(const QStringList &list, const QStringList &other)
+{
+    QStringList rest;
+    std::copy_if(list.begin(), list.end(), std::back_inserter(rest),
+                 [&other](const QString &name) { return !other.contains(name); });
+    return rest.join(QStringLiteral(", "));
 }
 
 } // namespace
+
+QString machineName(int machine)
+{
+    const auto *row =
+        std::find_if(std::begin(kMachines), std::end(kMachines),
+                     [machine](const Machine &known) { return known.code == machine; });
+    return row == std::end(kMachines) ? QStringLiteral("machine %1").arg(machine)
+                                      : QLatin1String(row->name);
+}
 
 QString defaultPluginFile()
 {
@@ -118,23 +169,43 @@ QString defaultPluginFile()
 PluginFile examinePlugin(const QString &file)
 {
     PluginFile result;
+    if (file.isEmpty()) {
+        result.problem = QStringLiteral("its name is empty; name a file");
+        return result;
+    }
     result.path = QFileInfo(file).absoluteFilePath();
-    result.problem = libraryProblem(result.path);
+    result.problem = fileProblem(result.path);
     if (!result.problem.isEmpty())
         return result;
-
-    QPluginLoader loader(result.path);
-    result.metaData = loader.metaData();
-    result.problem = metaDataProblem(result.metaData);
-    if (!result.problem.isEmpty())
+    result.tables = readElf(result.path);
+    result.metaData = readMetaData(result.tables.metaData);
+    for (const QString &problem : {libraryProblem(result.tables), machineProblem(result.tables),
+                                   metaDataProblem(result.metaData)}) {
+        if (problem.isEmpty())
+            continue;
+        result.problem = problem;
         return result;
-
-    // All symbols at once: a missing one shall show here, not at its first call.
-    loader.setLoadHints(loader.loadHints() | QLibrary::ResolveAllSymbolsHint);
-    if (!loader.load())
-        result.problem = loadProblem(loader.errorString());
-    loader.unload(); // Or the host's own loader could not destroy its service.
+    }
+    const TrialLoad trial = tryLoading(result.path);
+    result.problem = trial.problem;
+    result.className = trial.className;
     return result;
+}
+
+QStringList contractDifferences(const ElfFile &library)
+{
+    const QStringList imports =
+        frozenLines(QStringLiteral("# Symbols imported from the host library"));
+    const QStringList exports = frozenLines(QStringLiteral("# Exported symbols"));
+    QStringList lines;
+    const auto tell = [&lines](const char *what, const QString &names) {
+        if (!names.isEmpty())
+            lines += QLatin1String(what) + names;
+    };
+    tell("asks the host for what is not agreed: ", beyond(library.imports, imports));
+    tell("does not ask the host for: ", beyond(imports, library.imports));
+    tell("does not offer to the host: ", beyond(exports, library.exports));
+    return lines;
 }
 
 } // namespace bench

@@ -1,20 +1,18 @@
 // The person in front of the program.
 #pragma once
 
-#include <QByteArray>
+#include "bench/screen/unixsignals.h"
+
 #include <QObject>
 #include <QSize>
-#include <QStringList>
+#include <QSocketNotifier>
+#include <QString>
 #include <QVector>
-
-#include <memory>
-
-class QSocketNotifier;
-struct termios;
 
 namespace bench {
 
-/// A line on the screen; it is cut at the screen's width.
+/// A line on the screen, whatever its text holds. What does not fit into the screen's width is cut
+/// with a mark.
 struct ScreenLine
 {
     enum Style { Plain, Title, Faint, Alarm };
@@ -23,8 +21,9 @@ struct ScreenLine
     Style style = Plain;
 };
 
-/// Takes a terminal over: keys come one by one, and the screen shows what show() is given. The
-/// destructor gives the terminal back as it was. Ctrl-C still raises SIGINT.
+/// Takes a terminal over: keys come one by one, and the screen shows what show() is given. It is
+/// given back as it was by the destructor, while the program is stopped (Ctrl-Z), and when a fatal
+/// signal ends it. Ctrl-C still raises SIGINT. One at a time.
 class Terminal : public QObject
 {
     Q_OBJECT
@@ -38,18 +37,24 @@ public:
 
     /// Columns and lines, asked at each call, because a window may change its size.
     QSize size() const;
-    /// Draws over what was shown before.
+    /// Draws over what was shown before. It is drawn again when the window changes its size.
     void show(const QVector<ScreenLine> &lines);
 
 signals:
     void keyPressed(char key);
 
 private:
+    void enter();
+    void leave();
+    void stop();
+    void draw();
+    void onSignal(int number);
     void onReadable();
 
     const bool mColours;
-    std::unique_ptr<termios> mBefore;
-    QSocketNotifier *mNotifier;
+    QVector<ScreenLine> mLines;
+    UnixSignals mSignals;
+    QSocketNotifier mNotifier;
 };
 
 } // namespace bench
