@@ -5,7 +5,7 @@ namespace bench {
 namespace {
 
 constexpr qint64 kReceiptTimeoutMs = 1000; // A receipt that comes later belongs to another frame.
-constexpr int kRecoverMs = 600;            // The host gives up an open frame 500 ms after new bytes.
+constexpr int kRecoverMs = 600; // The host gives up an open frame 500 ms after new bytes.
 
 } // namespace
 
@@ -37,6 +37,7 @@ void VirtualBox::receive(const QByteArray &bytes)
 
 void VirtualBox::onItem(const LineItem &item)
 {
+    emit heard(item);
     switch (item.kind) {
     case LineItem::Frame:
         onFrame(Outbound{item.dataType}, item.bytes);
@@ -48,7 +49,6 @@ void VirtualBox::onItem(const LineItem &item)
     default:
         break;
     }
-    emit heard(item);
 }
 
 void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
@@ -72,8 +72,10 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
         if (mStarted)
             reportAll();
     }
-    if (!understood)
-        ++mMisunderstood;
+    if (understood)
+        return;
+    ++mMisunderstood;
+    emit puzzled(command, payload);
 }
 
 bool VirtualBox::setStarted(const QByteArray &payload)

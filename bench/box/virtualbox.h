@@ -71,8 +71,10 @@ signals:
     void transmit(const QByteArray &bytes);
     /// A frame was put on the line; as it was before any filter saw it.
     void frameSent(canbox::Inbound type, const QByteArray &payload);
-    /// What the host sent, cut.
+    /// What the host sent, cut; before anything comes of it.
     void heard(const bench::LineItem &item);
+    /// A good frame from the host has no meaning to box and car.
+    void puzzled(canbox::Outbound command, const QByteArray &payload);
 
 private:
     struct Outgoing
@@ -112,9 +114,9 @@ private:
     std::set<Inbound> mChanged;      ///< Reports to make when the line is free, after the queue.
     Inbound mLastChange = Inbound{}; ///< The latest of them.
     std::set<Inbound> mForeign;
-    QTimer mTurnTmr;                 ///< Changes of one turn of the event loop are one report.
-    QTimer mRecoverTmr;              ///< After a silence.
-    QList<Outgoing> mAwaiting;       ///< Sent, and without a receipt so far.
+    QTimer mTurnTmr;           ///< Changes of one turn of the event loop are one report.
+    QTimer mRecoverTmr;        ///< After a silence.
+    QList<Outgoing> mAwaiting; ///< Sent, and without a receipt so far.
     Filter mFrameFilter;
     Filter mChunkFilter;
 
