@@ -40,6 +40,13 @@ QString parseWords(const QStringList &words, ParseContext &context)
     return {};
 }
 
+bool readUtf8(const QByteArray &bytes, QString *text)
+{
+    QTextCodec::ConverterState state;
+    *text = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0 && !bytes.contains('\0');
+}
+
 Scenario parseScenario(const QByteArray &text)
 {
     Scenario scenario;
@@ -47,10 +54,8 @@ Scenario parseScenario(const QByteArray &text)
     int number = 0;
     for (const QByteArray &bytes : text.split('\n')) {
         ++number;
-        QTextCodec::ConverterState state;
-        const QString line =
-            QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-        if (state.invalidChars > 0 || state.remainingChars > 0 || bytes.contains('\0')) {
+        QString line;
+        if (!readUtf8(bytes, &line)) {
             scenario.mistakes.append({number, 1, QStringLiteral("this line is not UTF-8 text")});
             break; // The rest of such a file is not worth a hundred mistakes.
         }

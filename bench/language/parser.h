@@ -39,8 +39,13 @@ bool readPlug(LineReader &line, ParseContext &context);
 bool readFault(LineReader &line, ParseContext &context);
 bool readExpect(LineReader &line, ParseContext &context);
 
+/// Reads UTF-8 text. \returns whether it is such, without a NUL.
+bool readUtf8(const QByteArray &bytes, QString *text);
+
 /// What to say of a name that no value of the car has.
 QString unknownValue(const QString &name);
+/// The same for a getter.
+QString unknownGetter(const QString &name);
 
 /// The forms of the steps, a line each.
 QString scenarioSyntax();
