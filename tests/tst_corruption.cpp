@@ -2,7 +2,7 @@
 // the single-bit flips among them, and payloads have every other length.
 #include "serviceprobe.h"
 
-#include "getters.h"
+#include "bench/headunit/getters.h"
 
 namespace {
 
@@ -34,16 +34,14 @@ const QString kTaken("ff !, notifyCanbusStatus 3");
 struct State
 {
     explicit State(ServiceTest &test)
-        : shown(test.service)
-        , key(test.probe.currentKey)
+        : key(test.probe.currentKey)
     {
+        for (int index = 0; index < bench::getterCount(); ++index)
+            shown += bench::getter(index).read(test.service);
     }
-    bool operator==(const State &other) const
-    {
-        return shown.changesSince(other.shown).isEmpty() && key == other.key;
-    }
+    bool operator==(const State &other) const { return shown == other.shown && key == other.key; }
 
-    const bench::Snapshot shown;
+    QVector<bench::Value> shown;
     const int key;
 };
 

@@ -257,7 +257,7 @@ private slots:
         const QTemporaryDir directory;
         const QByteArray trace = "(1.000000) a T 2E8101017C\n(1.100000) a R FF\n"
                                  "(1.200000) a R 2E6102053C5B\n";
-        writeFile(directory.filePath("s"), "start\n");
+        writeFile(directory.filePath("s"), "start\nexpect link == 3 within 5s\n");
         writeFile(directory.filePath("t"), trace);
         QVERIFY(QFile::link("t", directory.filePath("soft")));
         const QString folder = "cd " + directory.path() + "; ln t hard; export TMPDIR=$PWD/tmp; ";

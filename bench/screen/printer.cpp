@@ -81,6 +81,13 @@ QString frameName(bool fromBox, quint8 dataType)
     return fromBox ? inboundName(dataType) : outboundName(dataType);
 }
 
+// A column of its own for the number would be empty in most rows.
+QString csvName(bool fromBox, quint8 dataType)
+{
+    const QString name = frameName(fromBox, dataType);
+    return name == QLatin1String("unknown") ? hexByte(dataType) : name;
+}
+
 QString itemText(bool fromBox, const LineItem &item)
 {
     const QString kind = QLatin1String(kindName(item.kind));
@@ -210,7 +217,7 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
         break;
     case Csv:
         row(seconds, fromBox ? "box" : "host", kindName(item.kind),
-            isFrame(item) ? frameName(fromBox, item.dataType) : QString(),
+            isFrame(item) ? csvName(fromBox, item.dataType) : QString(),
             QString::fromLatin1(item.bytes.toHex().toUpper()));
         break;
     }
