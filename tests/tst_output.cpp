@@ -146,7 +146,8 @@ const struct
      "cp $p x; at=$(readelf -SW x | sed -n 's/.* \\.rela\\.dyn *RELA *[^ ]* *\\([^ ]*\\).*/\\1/p');"
      "printf '\\377\\377\\377\\377\\377\\377\\377' | dd of=x bs=1 seek=$((0x$at)) conv=notrunc",
      1, "Not loadable: loading it ends the program ("},
-    {"no descriptors", "cp $p x; ulimit -n 4", 1, "Too many open files"},
+    {"no descriptors", "cp $p x; exec 3<&- 4<&- 5<&- 6<&- 7<&-; ulimit -n 4", 1,
+     "Too many open files"},
 };
 
 const QByteArray kEnter = "\033[?1049h\033[?25l\033[?7l";
