@@ -137,10 +137,13 @@ QStringList frozenLines(const QString &heading)
 // What the first list has beyond the second.
 QString beyond(const QStringList &list, const QStringList &other)
 {
+    constexpr int kShown = 8;
     QStringList rest;
     std::copy_if(list.begin(), list.end(), std::back_inserter(rest),
                  [&other](const QString &name) { return !other.contains(name); });
-    return rest.join(QStringLiteral(", "));
+    const int more = rest.size() - kShown;
+    return rest.mid(0, kShown).join(QStringLiteral(", ")) +
+           (more > 0 ? QStringLiteral(" and %1 more").arg(more) : QString());
 }
 
 } // namespace

@@ -61,10 +61,13 @@ QString OutputFile::open(const OutputTarget &target, Way way)
 
     const bool isFile = !exists || S_ISREG(existing.st_mode);
     mIsNew = isFile && !isTaken;
-    if (isFile && way == Whole)
-        mFile = std::make_unique<QSaveFile>(target.name);
-    else
+    if (isFile && way == Whole) {
+        auto whole = std::make_unique<QSaveFile>(target.name);
+        whole->setDirectWriteFallback(isTaken); // In a folder that takes no other file.
+        mFile = std::move(whole);
+    } else {
         mFile = std::make_unique<QFile>(target.name);
+    }
     mDevice = mFile.get();
     QIODevice::OpenMode mode = QIODevice::WriteOnly;
     if (way == Live)
