@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <elf.h>
 #include <iterator>
 #include <sys/stat.h>
@@ -66,8 +65,7 @@ QString fileProblem(const QString &path)
         const auto *row =
             std::find_if(std::begin(kFileErrors), std::end(kFileErrors),
                          [error](const FileError &known) { return known.error == error; });
-        return row == std::end(kFileErrors) ? QString::fromLocal8Bit(std::strerror(error))
-                                            : QLatin1String(row->text);
+        return row == std::end(kFileErrors) ? qt_error_string(error) : QLatin1String(row->text);
     }
     if (S_ISDIR(info.st_mode))
         return QStringLiteral("it is a folder; name the file in it");

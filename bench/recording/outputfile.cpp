@@ -85,11 +85,11 @@ QString OutputFile::write(const QByteArray &bytes)
 QString OutputFile::commit()
 {
     auto *whole = qobject_cast<QSaveFile *>(mDevice);
-    if (whole && mIsNew && QFileInfo::exists(whole->fileName())) {
+    if (whole != nullptr && mIsNew && QFileInfo::exists(whole->fileName())) {
         whole->cancelWriting();
         return QStringLiteral("%1 exists by now; use --force to replace it").arg(mName);
     }
-    const bool isDone = whole ? whole->commit() : !mFile || mFile->flush();
+    const bool isDone = whole != nullptr ? whole->commit() : !mFile || mFile->flush();
     return isDone ? QString() : problem();
 }
 
