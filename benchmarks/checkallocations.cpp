@@ -40,7 +40,6 @@ void *realloc(void *block, size_t size) noexcept
 
 namespace {
 
-using canservice::ServiceProbe;
 using canservice::SimpleService;
 
 constexpr int kFrames = 256;
@@ -103,7 +102,7 @@ bool check(const Traffic &traffic, bool changing, int chunkSize, receivepath::Qu
     const auto chunks =
         receivepath::chunksOf(stream, chunkSize == kWholeStream ? stream.size() : chunkSize);
 
-    canservice::SerialPort &port = ServiceProbe::portOf(service);
+    canservice::SerialPort &port = canservice::ServiceProbe(service).port;
     for (const QByteArray &chunk : chunks)
         emit port.read(chunk);
     const int heardBefore = host.heard();

@@ -44,10 +44,10 @@ int main(int argc, char **argv)
     receivepath::QuietHost host;
     if (frames > 0 && std::strcmp(name, "service") == 0) {
         canservice::SimpleService service;
-        return run(host, service, canservice::ServiceProbe::portOf(service), frames);
+        return run(host, service, canservice::ServiceProbe(service).port, frames);
     }
     if (frames > 0 && std::strcmp(name, "floor") == 0) {
-        Floor<LazyTimer> floor;
+        Floor<canservice::LazyTimer> floor;
         return run(host, floor, floor.port(), frames);
     }
     if (frames > 0 && std::strcmp(name, "timer-floor") == 0) {

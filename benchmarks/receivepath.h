@@ -1,23 +1,12 @@
 // What the measurements of the receive path share: the bytes, the way in, and the host's ears.
 #pragma once
 
-#include "plugin/simpleservice.h"
+#include "tests/serviceprobe.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
 
 #include <vector>
-
-namespace canservice {
-
-/// The way in: what this port reads, the service receives.
-class ServiceProbe
-{
-public:
-    static SerialPort &portOf(SimpleService &service) { return service.mSerialPort; }
-};
-
-} // namespace canservice
 
 namespace receivepath {
 

@@ -87,20 +87,46 @@ void SimpleService::doCarInformationData1(int dataType, QByteArray &payload)
         return;
     }
     LOG_DEBUG() << dataType << payload.toHex();
-    const quint8 *bytes = canbox::bytesOf(payload);
-    if (store(mDrivingData.odometer, odometerText(bytes)))
-        emit drivingDataChanged();
-    if (store(mDrivingData.range, rangeText(bytes + 3)))
-        emit drivingDataChanged();
-    if (store(mDrivingData.consumption, consumptionText(bytes[5])))
-        emit drivingDataChanged();
+    static constexpr Handler kSteps[] = {
+        &SimpleService::takeOdometer,    &SimpleService::takeRange,
+        &SimpleService::takeConsumption, &SimpleService::takeTirePressures,
+        &SimpleService::takeTireStates,
+    };
+    setSteps(kSteps, dataType, payload);
+    finishFrame();
+}
 
+void SimpleService::takeOdometer(int, QByteArray &payload)
+{
+    if (store(mDrivingData.odometer, odometerText(canbox::bytesOf(payload))))
+        emit drivingDataChanged();
+}
+
+void SimpleService::takeRange(int, QByteArray &payload)
+{
+    if (store(mDrivingData.range, rangeText(canbox::bytesOf(payload) + 3)))
+        emit drivingDataChanged();
+}
+
+void SimpleService::takeConsumption(int, QByteArray &payload)
+{
+    if (store(mDrivingData.consumption, consumptionText(canbox::byteAt(payload, 5))))
+        emit drivingDataChanged();
+}
+
+void SimpleService::takeTirePressures(int, QByteArray &payload)
+{
+    const quint8 *bytes = canbox::bytesOf(payload);
     bool pressureChanged = false;
     for (int tire = 0; tire < 4; ++tire)
         pressureChanged |= store(mTirePressure[tire], tirePressure(bytes[7 + tire]));
     if (pressureChanged)
         emit tireDataChanged();
+}
 
+void SimpleService::takeTireStates(int, QByteArray &payload)
+{
+    const quint8 *bytes = canbox::bytesOf(payload);
     const int codes[] = {bytes[15] >> 4, bytes[15] & 0x0F, bytes[16] >> 4, bytes[16] & 0x0F};
     bool stateChanged = false;
     for (int tire = 0; tire < 4; ++tire)
@@ -113,16 +139,27 @@ void SimpleService::doCarInformationData1(int dataType, QByteArray &payload)
 }
 
 // Payload: [0] speed, [4] battery voltage; the rest unused.
-void SimpleService::doCarInformationData2(int, QByteArray &payload)
+void SimpleService::doCarInformationData2(int dataType, QByteArray &payload)
 {
     if (payload.size() != kFrame2Size) {
         LOG_ERROR();
         return;
     }
-    const quint8 *bytes = canbox::bytesOf(payload);
-    if (store(mDrivingData.speed, speedText(bytes[0])))
+    static constexpr Handler kSteps[] = {&SimpleService::takeSpeed,
+                                         &SimpleService::takeBatteryVoltage};
+    setSteps(kSteps, dataType, payload);
+    finishFrame();
+}
+
+void SimpleService::takeSpeed(int, QByteArray &payload)
+{
+    if (store(mDrivingData.speed, speedText(canbox::byteAt(payload, 0))))
         emit drivingDataChanged();
-    if (store(mBatteryVoltage, batteryVoltage(bytes[4])))
+}
+
+void SimpleService::takeBatteryVoltage(int, QByteArray &payload)
+{
+    if (store(mBatteryVoltage, batteryVoltage(canbox::byteAt(payload, 4))))
         emit batteryVoltageChange();
 }
 

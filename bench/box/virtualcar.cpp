@@ -8,8 +8,8 @@ using canbox::Inbound;
 
 namespace {
 
-constexpr ModelSet kTwoCodeModels{1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 68,
-                                  69, 76, 79, 82, 86, 92, 97, 98, 111, 112, 119};
+constexpr canservice::ModelSet kTwoCodeModels{1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 68,
+                                              69, 76, 79, 82, 86, 92, 97, 98, 111, 112, 119};
 
 // The two bytes of each sensor slot in frames with two codes per sensor.
 constexpr int kRearPairs[4][2] = {{4, 5}, {0, 1}, {2, 3}, {6, 7}};
