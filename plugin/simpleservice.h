@@ -272,6 +272,13 @@ private:
     int radarDistance(int position) const;
 
     // vehicle/vehicleinfo.cpp: the steps of the two frames, each a value and its signal.
+    struct BuiltFrom
+    {
+        int code = -1;
+        QString unitText;
+    };
+    template <typename Number>
+    void takeText(QString &text, BuiltFrom &source, int code, Number number, int unit);
     void takeOdometer(int dataType, QByteArray &payload);
     void takeRange(int dataType, QByteArray &payload);
     void takeConsumption(int dataType, QByteArray &payload);
@@ -330,6 +337,7 @@ private:
     QByteArray mRadarData; ///< A level per sensor position; empty before the first start().
     FuelConsumptionData mFuelConsumptionData;
     DrivingData mDrivingData;
+    BuiltFrom mOdometerSource, mRangeSource, mConsumptionSource, mSpeedSource;
     OtherInfoData mOtherInfoData;
     CarSettingData mCarSettingData;
     UnitData mUnitData;
