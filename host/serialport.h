@@ -5,9 +5,12 @@
 
 #include <QByteArray>
 #include <QObject>
-#include <QSerialPort>
 #include <QString>
 #include <QTimer>
+
+#include <memory>
+
+class QSerialPort;
 
 namespace canservice {
 
@@ -65,9 +68,12 @@ private:
     void reportFailure(const QString &reason);
 
     QString mPath;
-    QSerialPort mDevice;
+    const std::unique_ptr<QSerialPort> mDevice;
     QTimer mRetryTmr;
     bool mStalled = false;
+    // A service holds its port by value, and the library that it meets may be another than the one
+    // that it is built with: room for a port with more members.
+    [[maybe_unused]] void *mRoom[20];
 };
 
 } // namespace canservice
