@@ -4,7 +4,7 @@
 
 void LazyTimer::start()
 {
-    mDue = Clock::now() + intervalAsDuration();
+    mDue = Clock::now() + std::chrono::milliseconds(interval());
     mRunning = true;
     // A wake-up on its way may be for a longer interval than the present one.
     if (!mWakeUp.isActive() || mDue < mWakesAt)
