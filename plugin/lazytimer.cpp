@@ -6,7 +6,7 @@ namespace canservice {
 
 void LazyTimer::start()
 {
-    mDue = Clock::now() + intervalAsDuration();
+    mDue = Clock::now() + std::chrono::milliseconds(interval());
     mRunning = true;
     // A wake-up on its way may be for a longer interval than the present one.
     if (!mWakeUp.isActive() || mDue < mWakesAt)
