@@ -178,7 +178,8 @@ int replayCommand(const QStringList &arguments)
         return line.complain("--to-box needs the --device of the box");
 
     QLoggingCategory::setFilterRules("default.debug=false");
-    TracePlayer player(file, options);
+    const SteadyClock clock;
+    TracePlayer player(file, options, clock);
     const QString problem = player.prepare();
     if (!problem.isEmpty())
         return fail(problem);
