@@ -148,7 +148,8 @@ int replayCommand(const QStringList &arguments)
         {"device", "Play to the serial device DEV instead of the plug-in.", "DEV"},
         {"to-box", "Play what went to the box, not what came from it; needs --device."},
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
-        {"model", "The car model that is selected in the head unit (default: the recording's, or 1).", "ID"},
+        {"model",
+         "The car model that is selected in the head unit (default: the recording's, or 1).", "ID"},
         {"json", "One JSON object a line."},
     });
     if (const auto code = line.read(arguments, 1))
@@ -160,7 +161,7 @@ int replayCommand(const QStringList &arguments)
     options.from = line.seconds("from", options.from, 0, options.to);
     options.to = line.seconds("to", options.to, options.from, options.to);
     options.fromBox = !line.isSet("to-box");
-    int carModel = line.number("model", 1, -32768, 65535);
+    int carModel = line.number("model", 1, 0, 65535);
     if (line.isWrong())
         return WrongUsage;
     for (const QString &type : line.value("only").split(',', Qt::SkipEmptyParts)) {

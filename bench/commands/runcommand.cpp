@@ -1,3 +1,4 @@
+#include "bench/commands/names.h"
 #include "bench/commands/sessionrun.h"
 #include "bench/language/parser.h"
 #include "bench/language/runner.h"
@@ -27,7 +28,7 @@ void addOptions(CommandLine *line)
          "Faults on the line to the embedded box: KIND[=RATE],... with RATE a probability "
          "per frame (default 0.02), or 'all'. A wrong kind lists them.",
          "KINDS"},
-        {"list-values", "List the values of the embedded car, what they are and may be."},
+        {"list-values", "List the values of the embedded car, as 'canbench names' does."},
         {"plain", "A line per event on a terminal too, instead of the live view."},
     });
 }
@@ -67,18 +68,6 @@ QString readSteps(const CommandLine &line, OptionSteps *steps)
     return problem;
 }
 
-void listValues()
-{
-    const VirtualCar car;
-    for (int index = 0; index < kValueCount; ++index) {
-        const ValueId id{index};
-        say(QStringLiteral("%1 %2 %3")
-                .arg(QLatin1String(fieldOf(id).name), -26)
-                .arg(car.text(id), -14)
-                .arg(valueRange(fieldOf(id))));
-    }
-}
-
 int run(const CommandLine &line, const RunOptions &options, const OptionSteps &steps,
         double duration)
 {
@@ -113,8 +102,8 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
                 view->note(QStringLiteral("           ") + mistake.text);
             for (const Step &step : qAsConst(scenario.steps))
                 if ((step.needs & NeedsBox) && !session.boxEnd()) {
-                    view->note(QStringLiteral("           '%1' needs the embedded box")
-                                   .arg(step.text));
+                    view->note(
+                        QStringLiteral("           '%1' needs the embedded box").arg(step.text));
                     isPossible = false;
                 }
             if (isPossible)
@@ -124,8 +113,7 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
     QObject::connect(&run.unixSignals(), &UnixSignals::caught,
                      [](int number) { QCoreApplication::exit(SignalBase + number); });
     if (duration > 0)
-        QTimer::singleShot(static_cast<int>(duration * 1000),
-                           [] { QCoreApplication::exit(Done); });
+        QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
 
     const QString problem = run.open();
     if (!problem.isEmpty()) {
@@ -161,7 +149,7 @@ int runCommand(const QStringList &arguments)
         return *code;
     RunOptions options = readSessionOptions(&line);
     options.session.device = line.value("device");
-    options.session.carModel = line.number("model", 1, -32768, 65535);
+    options.session.carModel = line.number("model", 1, 0, 65535);
     options.session.carIndex = line.number("hwd-index", 1, 0, 65535);
     const double duration = line.seconds("duration", 0, 0.001, 1e6);
     OptionSteps steps;
@@ -177,10 +165,8 @@ int runCommand(const QStringList &arguments)
     const QString problem = readSteps(line, &steps);
     if (!problem.isEmpty())
         return line.complain(problem);
-    if (line.isSet("list-values")) {
-        listValues();
-        return Done;
-    }
+    if (line.isSet("list-values"))
+        return sayNames({}, line.isSet("json"), true);
     QLoggingCategory::setFilterRules(line.isSet("log") ? "default.debug=true"
                                                        : "default.debug=false");
     return run(line, options, steps, duration);
