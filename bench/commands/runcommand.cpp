@@ -81,6 +81,8 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
     if (Terminal::isAvailable() && !wantsLines)
         view = std::make_unique<LiveView>(&session);
     bool wasLinked = false;
+    bool isActing = false;
+    QVector<Step> pressed; ///< Keys of the live view, not yet done.
     QObject::connect(&session, &Session::happened, [&](const Event &event) {
         if (view)
             view->show(event);
@@ -106,8 +108,16 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
                         QStringLiteral("           '%1' needs the embedded box").arg(step.text));
                     isPossible = false;
                 }
-            if (isPossible)
-                keys.run(scenario.steps);
+            if (!isPossible)
+                return;
+            pressed += scenario.steps; // One after the other, however fast they were pressed.
+            if (!std::exchange(isActing, true))
+                keys.run(std::exchange(pressed, {}));
+        });
+        QObject::connect(&keys, &Runner::finished, [&] {
+            isActing = !pressed.isEmpty();
+            if (isActing)
+                keys.run(std::exchange(pressed, {}));
         });
     }
     QObject::connect(&run.unixSignals(), &UnixSignals::caught,
