@@ -186,8 +186,10 @@ void VirtualBox::enqueueChange()
 
 void VirtualBox::sendRaw(const QByteArray &bytes)
 {
-    if (!mSilent)
-        mPacer.send(bytes);
+    if (mSilent)
+        return;
+    mPacer.send(bytes);
+    mSentRaw = true;
 }
 
 void VirtualBox::sendNext()
@@ -205,6 +207,7 @@ void VirtualBox::sendNext()
     const QByteArray frame = canbox::buildFrame(dataType, next.payload);
     ++mSent[dataType];
     mAwaiting.append(next);
+    mSentRaw = false;
     mPacer.send(mFrameFilter ? mFrameFilter(frame) : frame);
     emit frameSent(next.type, next.payload);
     if (mPacer.isIdle()) // A filter has taken the frame.
@@ -242,7 +245,7 @@ void VirtualBox::setSilent(bool on)
         awaitHost();
         return;
     }
-    mCutFrame = mCutFrame || !mPacer.isIdle();
+    mCutFrame = mCutFrame || !mPacer.isIdle() || mSentRaw;
     mQueue.clear();
     mChanged.clear();
     mAwaiting.clear();

@@ -105,6 +105,7 @@ private:
     bool mStarted = false;
     bool mSilent = false;
     bool mCutFrame = false; ///< A silence began within a frame.
+    bool mSentRaw = false;  ///< The latest bytes may be the beginning of a frame.
     bool mAwaitsHost = false;
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");

@@ -161,7 +161,7 @@ int replayCommand(const QStringList &arguments)
     options.from = line.seconds("from", options.from, 0, options.to);
     options.to = line.seconds("to", options.to, options.from, options.to);
     options.fromBox = !line.isSet("to-box");
-    int carModel = line.number("model", 1, -32768, 65535);
+    int carModel = line.number("model", 1, 0, 65535);
     if (line.isWrong())
         return WrongUsage;
     for (const QString &type : line.value("only").split(',', Qt::SkipEmptyParts)) {

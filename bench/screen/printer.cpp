@@ -110,6 +110,23 @@ void add(JsonLine &json, const Value &value)
     std::visit([&json](const auto &content) { json.value(content); }, value);
 }
 
+void add(JsonLine &json, const Reading &reading)
+{
+    if (reading.value)
+        add(json, *reading.value);
+    else
+        json.value(QVariant());
+}
+
+// A switch is 0 or 1, and no reading is an empty field.
+QString fieldText(const Reading &reading)
+{
+    if (!reading.value)
+        return {};
+    return isSwitch(*reading.value) ? QString::number(numberOf(*reading.value))
+                                    : plainText(*reading.value);
+}
+
 void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
 {
     json.key(name).beginObject().key("frames").beginObject();
@@ -218,7 +235,7 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
     case Csv:
         row(seconds, fromBox ? "box" : "host", kindName(item.kind),
             isFrame(item) ? csvName(fromBox, item.dataType) : QString(),
-            QString::fromLatin1(item.bytes.toHex().toUpper()));
+            QString::fromLatin1(item.bytes.toHex().toUpper()), QStringLiteral("hex"));
         break;
     }
 }
@@ -261,12 +278,13 @@ void Printer::printJson(const Event &event)
     mJson.endArray().key("changes").beginObject();
     for (const Change &change : event.changes) {
         const Getter &row = getter(change.getter);
-        add(mJson.key(row.name).beginObject().key("value"), change.after);
-        add(mJson.key("before"), change.before);
-        if (row.words.count > 0)
+        const Reading after = row.reading(change.after, change.unitAfter);
+        add(mJson.key(row.name).beginObject().key("value"), after);
+        add(mJson.key("before"), row.reading(change.before, change.unitBefore));
+        if (row.words.count > 0 || row.isQuantity())
             mJson.member("text", change.afterText());
-        if (!change.unitAfter.isEmpty())
-            mJson.member("unit", change.unitAfter);
+        if (!after.unit.isEmpty())
+            mJson.member("unit", after.unit);
         mJson.endObject();
     }
     standardOutput().bytes(mJson.endObject().end());
@@ -296,10 +314,10 @@ void Printer::printCsv(const Event &event)
     row(event.seconds, "service", isSignal ? "signal" : "event", event.name,
         argumentText(event.arguments));
     for (const Change &change : event.changes) {
-        const Value &value = change.after;
-        row(event.seconds, "service", "value", QLatin1String(getter(change.getter).name),
-            isSwitch(value) ? QString::number(numberOf(value)) : plainText(value),
-            change.unitAfter);
+        const Getter &row = getter(change.getter);
+        const Reading after = row.reading(change.after, change.unitAfter);
+        this->row(event.seconds, "service", "value", QLatin1String(row.name), fieldText(after),
+                  after.unit);
     }
 }
 
