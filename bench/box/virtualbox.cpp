@@ -39,6 +39,7 @@ void VirtualBox::receive(const QByteArray &bytes)
 
 void VirtualBox::onItem(const LineItem &item)
 {
+    emit heard(item);
     switch (item.kind) {
     case LineItem::Frame:
         onFrame(Outbound{item.dataType}, item.bytes);
@@ -50,7 +51,6 @@ void VirtualBox::onItem(const LineItem &item)
     default:
         break;
     }
-    emit heard(item);
 }
 
 void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
@@ -77,8 +77,10 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
         if (mStarted && std::exchange(mCutFrame, false))
             mRecoverTmr.start(kRecoverMs);
     }
-    if (!understood)
-        ++mMisunderstood;
+    if (understood)
+        return;
+    ++mMisunderstood;
+    emit puzzled(command, payload);
 }
 
 bool VirtualBox::setStarted(const QByteArray &payload)

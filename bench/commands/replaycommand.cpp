@@ -1,3 +1,4 @@
+#include "bench/box/pseudoterminal.h"
 #include "bench/commands/commandline.h"
 #include "bench/headunit/session.h"
 #include "bench/recording/traceplayer.h"

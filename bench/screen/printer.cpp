@@ -140,12 +140,6 @@ void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
         .endObject();
 }
 
-void put(const QString &line)
-{
-    standardOutput().line(line);
-    standardOutput().flush(); // Whoever reads the pipe follows live.
-}
-
 } // namespace
 
 QString climateLine(const StateWatch &state)
@@ -193,6 +187,21 @@ QString eventLine(const Event &event, const StateWatch &state)
     return QStringLiteral("%1  %2")
         .arg(event.seconds, 9, 'f', 3)
         .arg(text.isEmpty() ? call : call.leftJustified(24) + text);
+}
+
+void Printer::put(const QString &line)
+{
+    if (mSink)
+        return mSink(printable(line).toUtf8() + '\n');
+    standardOutput().line(line);
+    standardOutput().flush(); // Whoever reads the pipe follows live.
+}
+
+void Printer::putBytes(const QByteArray &line)
+{
+    if (mSink)
+        return mSink(line);
+    standardOutput().bytes(line);
 }
 
 // Code 3 comes with every frame.
@@ -267,7 +276,7 @@ void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
             .member("name", frameName(fromBox, item.dataType));
     if (item.kind == LineItem::BadChecksum)
         mJson.member("received", hexByte(item.received)).member("expected", hexByte(item.expected));
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::printJson(const Event &event)
@@ -287,7 +296,7 @@ void Printer::printJson(const Event &event)
             mJson.member("unit", after.unit);
         mJson.endObject();
     }
-    standardOutput().bytes(mJson.endObject().end());
+    putBytes(mJson.endObject().end());
     standardOutput().flush();
 }
 
@@ -305,7 +314,7 @@ void Printer::row(double seconds, const char *source, const char *kind, const QS
         bytes += ',';
         appendCsvField(&bytes, field);
     }
-    standardOutput().bytes(bytes + '\n');
+    putBytes(bytes + '\n');
 }
 
 void Printer::printCsv(const Event &event)
@@ -321,12 +330,28 @@ void Printer::printCsv(const Event &event)
     }
 }
 
+void Printer::note(double seconds, const char *source, const QString &text,
+                   const QVector<QPair<const char *, Value>> &members)
+{
+    if (mFormat == Text) {
+        put(QStringLiteral("%1  %2 %3")
+                .arg(seconds, 9, 'f', 3)
+                .arg(QLatin1String(source), -6)
+                .arg(text));
+    } else if (mFormat == Json) {
+        beginJson(seconds).member("event", source);
+        for (const auto &member : members)
+            add(mJson.key(member.first), member.second);
+        putBytes(mJson.end());
+    }
+}
+
 void Printer::heading(const QString &text, double seconds)
 {
     if (mFormat == Text)
         return put({}), put(QStringLiteral("-- ") + text);
     if (mFormat == Json)
-        standardOutput().bytes(beginJson(seconds).member("say", text).end());
+        putBytes(beginJson(seconds).member("say", text).end());
 }
 
 void Printer::outcome(const QString &text, const QVector<QPair<const char *, Value>> &members)
@@ -336,7 +361,7 @@ void Printer::outcome(const QString &text, const QVector<QPair<const char *, Val
     mJson.begin();
     for (const auto &member : members)
         add(mJson.key(member.first), member.second);
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::print(const Summary &summary, double seconds)
@@ -357,7 +382,7 @@ void Printer::print(const char *name, const QVector<QPair<QString, qint64>> &cou
         mJson.begin().key(name).beginObject();
         for (const auto &row : counts)
             mJson.member(row.first.toUtf8().constData(), row.second);
-        standardOutput().bytes(mJson.endObject().end());
+        putBytes(mJson.endObject().end());
     }
 }
 
@@ -398,7 +423,7 @@ void Printer::printJson(const Summary &summary, double seconds)
     mJson.member("droppedWrites", summary.droppedWrites).key("events").beginObject();
     for (auto row = summary.events.cbegin(); row != summary.events.cend(); ++row)
         mJson.member(row.key().toLatin1().constData(), row.value());
-    standardOutput().bytes(mJson.endObject().endObject().end());
+    putBytes(mJson.endObject().endObject().end());
 }
 
 } // namespace bench
