@@ -1,5 +1,7 @@
 #include "bench/box/virtualbox.h"
 
+#include <utility>
+
 namespace bench {
 
 namespace {
@@ -67,10 +69,13 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
     default:
         understood = mCar->obey(command, payload);
     }
-    if (mAwaitsHost) {
+    if (mAwaitsHost && !mSilent) {
         mAwaitsHost = false;
         if (mStarted)
             reportAll();
+        // A host whose frame was cut takes these for the rest of it.
+        if (mStarted && std::exchange(mCutFrame, false))
+            mRecoverTmr.start(kRecoverMs);
     }
     if (understood)
         return;
@@ -183,8 +188,10 @@ void VirtualBox::enqueueChange()
 
 void VirtualBox::sendRaw(const QByteArray &bytes)
 {
-    if (!mSilent)
-        mPacer.send(bytes);
+    if (mSilent)
+        return;
+    mPacer.send(bytes);
+    mSentRaw = true;
 }
 
 void VirtualBox::sendNext()
@@ -202,6 +209,7 @@ void VirtualBox::sendNext()
     const QByteArray frame = canbox::buildFrame(dataType, next.payload);
     ++mSent[dataType];
     mAwaiting.append(next);
+    mSentRaw = false;
     mPacer.send(mFrameFilter ? mFrameFilter(frame) : frame);
     emit frameSent(next.type, next.payload);
     if (mPacer.isIdle()) // A filter has taken the frame.
@@ -236,14 +244,10 @@ void VirtualBox::setSilent(bool on)
     mSilent = on;
     mRecoverTmr.stop();
     if (!on) {
-        // A host whose frame was cut takes what comes now for the rest of it.
-        if (mStarted)
-            reportAll();
-        if (mStarted && mCutFrame)
-            mRecoverTmr.start(kRecoverMs);
+        awaitHost();
         return;
     }
-    mCutFrame = !mPacer.isIdle();
+    mCutFrame = mCutFrame || !mPacer.isIdle() || mSentRaw;
     mQueue.clear();
     mChanged.clear();
     mAwaiting.clear();

@@ -35,8 +35,9 @@ public:
     void setVersion(const QString &version) { mVersion = version; }
     /// 38400 on a real line; more to pass the traffic of an hour in minutes.
     void setBaudRate(int baudRate) { mPacer.setBaudRate(baudRate); }
-    /// A silent box hears everything and sends nothing. When it speaks again it reports the whole
-    /// car, and once more when the host has given up a frame that the silence has cut.
+    /// A silent box hears everything and sends nothing. When it speaks again it awaits the host;
+    /// if the silence has cut a frame, it reports the whole car once more when the host has given
+    /// that frame up.
     void setSilent(bool on);
     bool isSilent() const { return mSilent; }
 
@@ -105,7 +106,8 @@ private:
 
     bool mStarted = false;
     bool mSilent = false;
-    bool mCutFrame = false; ///< The latest silence began within a frame.
+    bool mCutFrame = false; ///< A silence began within a frame.
+    bool mSentRaw = false;  ///< The latest bytes may be the beginning of a frame.
     bool mAwaitsHost = false;
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");

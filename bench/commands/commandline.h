@@ -56,6 +56,7 @@ public:
 
 private:
     QString help() const;
+    QString problem() const;
     double real(const QString &option, const char *what, double fallback, double low, double high);
 
     const QString mName;

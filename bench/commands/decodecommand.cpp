@@ -21,12 +21,14 @@ int decodeCommand(const QStringList &arguments)
         {"json", "One JSON object a line."},
         {"csv", "Rows of seconds, epoch, source, kind, name, value and unit."},
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
-        {"model", "The car model that was selected in the head unit (default: the recording's, or 1).", "ID"},
+        {"model",
+         "The car model that was selected in the head unit (default: the recording's, or 1).",
+         "ID"},
     });
     if (const auto code = line.read(arguments, 1))
         return *code;
     const QString file = line.positionalArguments().value(0);
-    int carModel = line.number("model", 1, -32768, 65535);
+    int carModel = line.number("model", 1, 0, 65535);
     if (line.isWrong())
         return WrongUsage;
     if (file.isEmpty())

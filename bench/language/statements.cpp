@@ -35,7 +35,7 @@ bool readModel(LineReader &line, ParseContext &context)
 {
     if (!context.scenario->steps.isEmpty())
         return line.fail(QStringLiteral("the car model is chosen before the first step"));
-    return line.number("a car model", -32768, 65535, &context.scenario->carModel) &&
+    return line.number("a car model", 0, 65535, &context.scenario->carModel) &&
            (line.atEnd() || line.number("a car index", 0, 65535, &context.scenario->carIndex));
 }
 

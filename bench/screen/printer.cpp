@@ -81,6 +81,13 @@ QString frameName(bool fromBox, quint8 dataType)
     return fromBox ? inboundName(dataType) : outboundName(dataType);
 }
 
+// A column of its own for the number would be empty in most rows.
+QString csvName(bool fromBox, quint8 dataType)
+{
+    const QString name = frameName(fromBox, dataType);
+    return name == QLatin1String("unknown") ? hexByte(dataType) : name;
+}
+
 QString itemText(bool fromBox, const LineItem &item)
 {
     const QString kind = QLatin1String(kindName(item.kind));
@@ -101,6 +108,23 @@ QString itemText(bool fromBox, const LineItem &item)
 void add(JsonLine &json, const Value &value)
 {
     std::visit([&json](const auto &content) { json.value(content); }, value);
+}
+
+void add(JsonLine &json, const Reading &reading)
+{
+    if (reading.value)
+        add(json, *reading.value);
+    else
+        json.value(QVariant());
+}
+
+// A switch is 0 or 1, and no reading is an empty field.
+QString fieldText(const Reading &reading)
+{
+    if (!reading.value)
+        return {};
+    return isSwitch(*reading.value) ? QString::number(numberOf(*reading.value))
+                                    : plainText(*reading.value);
 }
 
 void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
@@ -219,8 +243,8 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
         break;
     case Csv:
         row(seconds, fromBox ? "box" : "host", kindName(item.kind),
-            isFrame(item) ? frameName(fromBox, item.dataType) : QString(),
-            QString::fromLatin1(item.bytes.toHex().toUpper()));
+            isFrame(item) ? csvName(fromBox, item.dataType) : QString(),
+            QString::fromLatin1(item.bytes.toHex().toUpper()), QStringLiteral("hex"));
         break;
     }
 }
@@ -263,12 +287,13 @@ void Printer::printJson(const Event &event)
     mJson.endArray().key("changes").beginObject();
     for (const Change &change : event.changes) {
         const Getter &row = getter(change.getter);
-        add(mJson.key(row.name).beginObject().key("value"), change.after);
-        add(mJson.key("before"), change.before);
-        if (row.words.count > 0)
+        const Reading after = row.reading(change.after, change.unitAfter);
+        add(mJson.key(row.name).beginObject().key("value"), after);
+        add(mJson.key("before"), row.reading(change.before, change.unitBefore));
+        if (row.words.count > 0 || row.isQuantity())
             mJson.member("text", change.afterText());
-        if (!change.unitAfter.isEmpty())
-            mJson.member("unit", change.unitAfter);
+        if (!after.unit.isEmpty())
+            mJson.member("unit", after.unit);
         mJson.endObject();
     }
     putBytes(mJson.endObject().end());
@@ -298,10 +323,10 @@ void Printer::printCsv(const Event &event)
     row(event.seconds, "service", isSignal ? "signal" : "event", event.name,
         argumentText(event.arguments));
     for (const Change &change : event.changes) {
-        const Value &value = change.after;
-        row(event.seconds, "service", "value", QLatin1String(getter(change.getter).name),
-            isSwitch(value) ? QString::number(numberOf(value)) : plainText(value),
-            change.unitAfter);
+        const Getter &row = getter(change.getter);
+        const Reading after = row.reading(change.after, change.unitAfter);
+        this->row(event.seconds, "service", "value", QLatin1String(row.name), fieldText(after),
+                  after.unit);
     }
 }
 

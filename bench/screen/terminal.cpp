@@ -18,7 +18,8 @@ namespace {
 constexpr char kEnter[] = "\033[?1049h\033[?25l\033[?7l";
 constexpr char kLeave[] = "\033[?7h\033[?25h\033[?1049l";
 constexpr char kHome[] = "\033[H";
-constexpr char kClearToLineEnd[] = "\033[K";
+constexpr char kClearToLineEnd[] = "\033[K"; // Before the text: behind a full line it would take
+                                             // the last column away.
 constexpr char kClearToScreenEnd[] = "\033[J";
 constexpr char kReset[] = "\033[0m";
 constexpr QChar kCut = 0x2026; // An ellipsis.
@@ -34,7 +35,7 @@ void giveBack(int number)
 {
     [[maybe_unused]] const ssize_t count = write(STDOUT_FILENO, kLeave, sizeof kLeave - 1);
     tcsetattr(STDIN_FILENO, TCSANOW, &theBefore);
-    raise(number); // Its default action is in place again.
+    static_cast<void>(raise(number)); // Its default action is in place again.
 }
 
 const char *escape(ScreenLine::Style style)
@@ -99,7 +100,8 @@ Terminal::~Terminal()
 bool Terminal::isAvailable()
 {
     const QByteArray kind = qgetenv("TERM");
-    return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) && !kind.isEmpty() && kind != "dumb";
+    return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0 && !kind.isEmpty() &&
+           kind != "dumb";
 }
 
 QSize Terminal::size() const
@@ -138,7 +140,7 @@ void Terminal::stop()
     sigset_t stopping;
     sigemptyset(&stopping);
     sigaddset(&stopping, SIGTSTP);
-    raise(SIGTSTP);
+    static_cast<void>(raise(SIGTSTP));
     pthread_sigmask(SIG_UNBLOCK, &stopping, nullptr); // Stops here, where there is a shell.
     pthread_sigmask(SIG_BLOCK, &stopping, nullptr);
     enter();
@@ -152,13 +154,13 @@ void Terminal::draw()
     for (int i = 0; i < count; ++i) {
         const ScreenLine &line = mLines.at(i);
         const char *style = mColours ? escape(line.style) : "";
-        bytes += style + fitting(line.text, room.width()).toUtf8() + (*style ? kReset : "") +
-                 kClearToLineEnd;
+        bytes += kClearToLineEnd;
+        bytes += style + fitting(line.text, room.width()).toUtf8() + (*style ? kReset : "");
         // A line feed on the last line would scroll the screen.
-        if (i + 1 < count)
+        if (i + 1 < room.height())
             bytes += "\r\n";
     }
-    put(bytes + kClearToScreenEnd);
+    put(count < room.height() ? bytes + kClearToScreenEnd : bytes);
 }
 
 void Terminal::onSignal(int number)
