@@ -1,11 +1,76 @@
 #include "bench/commands/performance.h"
 
+#include "bench/commands/lineinput.h"
 #include "bench/language/runner.h"
 #include "bench/screen/output.h"
 
+#include <QElapsedTimer>
+
+#include <unistd.h>
+#include <utility>
+
 namespace bench {
 
-int perform(const Scenario &scenario, const QString &name, double speed, RunOptions options)
+namespace {
+
+/// Divides a performance at its `say` steps.
+class Reporter
+{
+public:
+    Reporter(const Runner &runner, const QString &name)
+        : mRunner(runner)
+    {
+        mSuite.name = name;
+        mClock.start();
+    }
+
+    void onSaid(const QString &text)
+    {
+        endPart();
+        mName = text;
+    }
+
+    ReportSuite finish(Runner::Result result, int code, const QVector<Step> &steps)
+    {
+        endPart();
+        ReportCase &last = mSuite.cases.last();
+        if (result == Runner::Passed && code == Done)
+            return mSuite;
+        last.outcome = result == Runner::Unmet ? ReportCase::Unmet : ReportCase::Broken;
+        last.message = result == Runner::Passed
+                           ? QStringLiteral("the host does not show what the car is")
+                           : mRunner.failure();
+        if (result == Runner::Unmet)
+            last.detail = QStringLiteral("%1:%2: expected %3, but %4")
+                              .arg(mSuite.name)
+                              .arg(mRunner.line())
+                              .arg(mRunner.expected(), mRunner.actual());
+        for (const Step &step : steps)
+            if (const auto *say = std::get_if<steps::Say>(&step.action))
+                if (result != Runner::Passed && step.line > mRunner.line())
+                    mSuite.cases.append({say->text, 0, 0, ReportCase::NotReached, {}, {}});
+        return mSuite;
+    }
+
+private:
+    void endPart()
+    {
+        const double seconds = static_cast<double>(mClock.restart()) / 1000;
+        const int met = mRunner.expectationsMet() - std::exchange(mMet, mRunner.expectationsMet());
+        mSuite.cases.append({mName, seconds, met, ReportCase::Passed, {}, {}});
+    }
+
+    const Runner &mRunner;
+    ReportSuite mSuite;
+    QString mName = QStringLiteral("before the first heading");
+    QElapsedTimer mClock;
+    int mMet = 0;
+};
+
+} // namespace
+
+int perform(const Scenario &scenario, const QString &name, double speed, RunOptions options,
+            ReportSuite *report)
 {
     options.session.carModel = scenario.carModel;
     options.session.carIndex = scenario.carIndex;
@@ -15,6 +80,22 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     QObject::connect(&session, &Session::happened,
                      [&](const Event &event) { run.printer().print(event, session.state()); });
     Runner runner(Stage(session), speed);
+    Reporter reporter(runner, name);
+    std::unique_ptr<LineInput> person;
+    QString silence; // Why nobody answers.
+    QObject::connect(&runner, &Runner::said, [&](const QString &text) { reporter.onSaid(text); });
+    QObject::connect(&runner, &Runner::asked, [&](const QString &text) {
+        standardError().line(text); // Standard output may be for a program.
+        if (!person) {
+            person = std::make_unique<LineInput>(STDIN_FILENO, 4096);
+            QObject::connect(person.get(), &LineInput::line, [&] { runner.answer(); });
+            QObject::connect(person.get(), &LineInput::ended, [&] {
+                silence = QStringLiteral("the standard input has ended, and nobody is there to "
+                                         "act; --unattended tells the lines");
+                runner.abort();
+            });
+        }
+    });
     QObject::connect(&runner, &Runner::said,
                      [&](const QString &text) { run.printer().heading(text, session.seconds()); });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught, [&runner] { runner.abort(); });
@@ -23,11 +104,16 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     if (!problem.isEmpty())
         return fail(problem);
     const Runner::Result result = runner.play(scenario.steps);
+    if (!silence.isEmpty())
+        return run.finish(
+            fail(QStringLiteral("%1:%2: %3").arg(name).arg(runner.line()).arg(silence)));
     if (result == Runner::Aborted)
         return run.finish(SignalBase + run.unixSignals().latest());
     const int code = run.finish(result == Runner::Passed  ? Done
                                 : result == Runner::Unmet ? ExpectationFailed
                                                           : Failed);
+    if (report)
+        *report = reporter.finish(result, code, scenario.steps);
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
     QVector<QPair<const char *, Value>> members{
         {"scenario", name}, {"result", outcome}, {"expectationsMet", runner.expectationsMet()}};
