@@ -42,6 +42,10 @@ const struct
     {"a signal with a slip", "expect signal doorChange", 15, "did you mean 'doorChanged'"},
     {"too few arguments of a signal", "expect signal keyEvent(5)", 24, "has 3 arguments, not 1"},
     {"an open parenthesis", "expect signal keyEvent(5, 1, true", 34, "where ')' belongs"},
+    {"a frame of the host with a slip", "expect frame climate comand", 22,
+     "'climate comand'; possible"},
+    {"half a name of a frame", "expect frame car", 17, "where the rest of the name belongs"},
+    {"a frame's byte out of range", "expect frame clock 1 300", 22, "'300' is not a payload byte"},
     {"a payload byte out of range", "frame 0x55 256", 12, "'256' is not a payload byte"},
     {"a model after a step", "wait 1s\nmodel 3", 1, "before the first step"},
     {"a second start", "start\nstart", 1, "'stop' it before"},
@@ -96,6 +100,11 @@ const struct
      "wait 500ms\nset door.rear open\nexpect signal doorChanged\n"
      "expect signal doorChanged within 50ms\n",
      3, ":6: expected doorChanged within 50ms, but there was no signal at all"},
+    {"a frame of the host that does not come",
+     "wait 5s\ncall climate_key fan_up\nexpect frame climate command 0xAC 0x1E 0\n"
+     "expect frame climate command 0xAC 0 0\nexpect no frame car select within 10ms\n"
+     "expect frame clock within 50ms\n",
+     3, ":8: expected frame 0x82 clock within 50ms, but there was no frame at all"},
     {"a getter of another type", "expect climate.ac == 2", 2,
      ":3:22: climate.ac is a switch; compare it by == or != with off or on"},
     {"a mistake in the last line", "wait", 2,
