@@ -1,9 +1,8 @@
 // Recordings: written and read without loss, read whatever they hold, decoded, played and exported.
 #include "hosttest.h"
 
-#include "trace.h"
-#include "traceplayer.h"
-#include "tracerecorder.h"
+#include "bench/recording/traceplayer.h"
+#include "bench/recording/tracerecorder.h"
 
 #include <serialport.h>
 
@@ -31,31 +30,31 @@ const QByteArray kTrip = "# a trip\n"
                          "(1700000050.000000) canbox R 2E6102053C5B\n";
 
 // The same as rows of its decoding, without the link code that comes with each good frame.
-const QByteArray kDecodedTrip = R"(seconds,from,what,type,name,value
-0.000000,host,frame,0x81,start/stop,01
-0.010000,box,frame,0x30,version,56424F582D312E30
-0.010000,service,signal,,sigVersionData,
-0.010000,service,value,,version,VBOX-1.0
-0.011000,host,good receipt,,,FF
-0.060000,box,frame,0x24,doors,08000000000000
-0.060000,service,signal,,doorChanged,
-0.060000,service,value,,door.rear,true
-0.100000,box,noise,,,FF00
-0.100000,box,bad checksum,0x61,ambient light,053C
-0.101000,host,bad receipt,,,F0
-1.000000,box,frame,0x20,steering-wheel key,0501
-1.000000,service,signal,,keyEvent,5 0 true
-2.500000,service,signal,,keyEvent,5 2 true
-3.000000,box,frame,0x20,steering-wheel key,0500
-3.000000,service,signal,,keyEvent,5 3 true
-5.000000,box,incomplete frame,,,2E210AC885
-5.000000,box,frame,0x61,ambient light,053C
-5.000000,service,signal,,sigAmbientChanged,
-5.000000,service,value,,ambient.colour,5
-5.000000,service,value,,ambient.level,12
-36.200000,service,signal,,notifyCanbusStatus,0
-50.000000,box,frame,0x61,ambient light,053C
-50.000000,service,signal,,sigAmbientChanged,
+const QByteArray kDecodedTrip = R"(seconds,epoch,source,kind,name,value,unit
+0.000000,1700000000.000000,host,frame,start/stop,01,
+0.010000,1700000000.010000,box,frame,version,56424F582D312E30,
+0.010000,1700000000.010000,service,signal,sigVersionData,,
+0.010000,1700000000.010000,service,value,version,VBOX-1.0,
+0.011000,1700000000.011000,host,good receipt,,FF,
+0.060000,1700000000.060000,box,frame,doors,08000000000000,
+0.060000,1700000000.060000,service,signal,doorChanged,,
+0.060000,1700000000.060000,service,value,door.rear,1,
+0.100000,1700000000.100000,box,noise,,FF00,
+0.100000,1700000000.100000,box,bad checksum,ambient light,053C,
+0.101000,1700000000.101000,host,bad receipt,,F0,
+1.000000,1700000001.000000,box,frame,steering-wheel key,0501,
+1.000000,1700000001.000000,service,signal,keyEvent,"5, 0, true",
+2.500000,1700000002.500000,service,signal,keyEvent,"5, 2, true",
+3.000000,1700000003.000000,box,frame,steering-wheel key,0500,
+3.000000,1700000003.000000,service,signal,keyEvent,"5, 3, true",
+5.000000,1700000005.000000,box,incomplete frame,,2E210AC885,
+5.000000,1700000005.000000,box,frame,ambient light,053C,
+5.000000,1700000005.000000,service,signal,sigAmbientChanged,,
+5.000000,1700000005.000000,service,value,ambient.colour,5,
+5.000000,1700000005.000000,service,value,ambient.level,12,
+36.200000,1700000036.200000,service,signal,notifyCanbusStatus,0,
+50.000000,1700000050.000000,box,frame,ambient light,053C,
+50.000000,1700000050.000000,service,signal,sigAmbientChanged,,
 )";
 
 const QByteArray kLongest(kMaxTraceBytes, '\x2E');
@@ -98,16 +97,15 @@ const struct
     const char *name;
     PlayOptions options;
     const char *played;
-    int shortest; // ms
 } kPlays[] = {
-    {"all from the box", {}, "2e6102053c5b002e2407c80000000000000c", 300},
-    {"a window", {1, 1, 0.1, 0.2, true, {}}, "2e2407c8", 100},
+    {"all from the box", {}, "0 2e6102053c, 50 5b00, 150 2e2407c8, 300 0000000000000c"},
+    {"a window", {1, 1, 0.1, 0.2, true, {}}, "50 2e2407c8"},
     {"twice, four times as fast",
      {4, 2, 0, 1, true, {}},
-     "2e6102053c5b002e2407c80000000000000c2e6102053c5b002e2407c80000000000000c",
-     150},
-    {"doors alone", {1, 1, 0, 1, true, {0x24}}, "2e2407c80000000000000c", 300},
-    {"what went to the box", {1, 1, 0, 1, false, {}}, "ff", 300},
+     "0 2e6102053c, 15 5b00, 40 2e2407c8, 75 0000000000000c, "
+     "80 2e6102053c, 90 5b00, 115 2e2407c8, 150 0000000000000c"},
+    {"doors alone", {1, 1, 0, 1, true, {0x24}}, "300 2e2407c80000000000000c"},
+    {"what went to the box", {1, 1, 0, 1, false, {}}, "150 ff"},
 };
 
 // Arguments, with TRACE for a damaged recording; the exit code, and parts of output and errors.
@@ -161,7 +159,7 @@ private slots:
     void recordsWhatThePortsCarry()
     {
         TraceRecorder recorder;
-        QCOMPARE(recorder.start({mFile, {}, true}, "the box"), QString());
+        QCOMPARE(recorder.start({mFile, {}, true}, "the box", {22, 7}), QString());
         SerialMonitor *monitor = SerialMonitor::instance();
         emit monitor->received(hex("2e"));
         emit monitor->written(hex("ff"), true, true);
@@ -182,12 +180,13 @@ private slots:
             last = line.time;
         }
         QCOMPARE(reader.problem() + reader.note(), QString());
+        QVERIFY(reader.car() && reader.car()->model == 22 && reader.car()->index == 7);
         QCOMPARE(directions, QByteArray("RTRR"));
         QCOMPARE(bytes, hex("2eff") + kLongest + hex("2a"));
         QVERIFY(qAbs(last / 1000 - QDateTime::currentMSecsSinceEpoch()) < 60'000);
 
         TraceRecorder full;
-        QCOMPARE(full.start({"/dev/full", {}}, "box"), QString());
+        QCOMPARE(full.start({"/dev/full", {}}, "box", {}), QString());
         emit monitor->received(hex("2e"));
         QVERIFY2(full.problem().contains("/dev/full: No space"), qPrintable(full.problem()));
     }
@@ -199,7 +198,7 @@ private slots:
         QByteArrayList rows = decode.output.split('\n');
         int alive = 0;
         for (int i = rows.size() - 1; i >= 0; --i)
-            if (rows.at(i).endsWith("service,signal,,notifyCanbusStatus,3")) {
+            if (rows.at(i).endsWith("service,signal,notifyCanbusStatus,3,")) {
                 rows.removeAt(i);
                 ++alive;
             }
@@ -211,39 +210,44 @@ private slots:
     void playsAWindow()
     {
         const auto &row = currentRow(kPlays);
+        ManualClock clock;
         TracePlayer player(writeFile(mFile, "(7.000000) a R 2E6102053C\n"
                                             "(7.050000) a R 5B00\n"
                                             "(7.150000) a R 2E2407C8\n"
                                             "(7.140000) a T FF\n" // Time goes back here.
                                             "(7.300000) a R 0000000000000C\n"),
-                           row.options);
+                           row.options, clock);
         QCOMPARE(player.prepare(), QString());
-        QByteArray bytes;
-        connect(&player, &TracePlayer::chunk, this, [&](const QByteArray &b) { bytes += b; });
+        // Each chunk with the time at which it came.
+        QByteArrayList played;
+        connect(&player, &TracePlayer::chunk, this, [&](const QByteArray &b) {
+            played += QByteArray::number(clock.milliseconds()) + ' ' + b.toHex();
+        });
         QSignalSpy finished(&player, &TracePlayer::finished);
-        QElapsedTimer clock;
-        clock.start();
         player.start();
-        QVERIFY(finished.wait());
-        QVERIFY(clock.elapsed() >= row.shortest);
-        QCOMPARE(bytes.toHex(), QByteArray(row.played));
+        for (; finished.isEmpty() && clock.milliseconds() < 1000; clock.advance(5'000'000))
+            player.tick();
+        QCOMPARE(played.join(", "), QByteArray(row.played));
+        QCOMPARE(finished.size(), 1);
         QVERIFY(player.note().startsWith(mFile + ":4: the time goes back"));
     }
 
     void slowReceiverDelaysNothingElse()
     {
-        QByteArray content;
-        for (int i = 0; i <= 20; ++i)
-            content += "(0." + QByteArray::number(i * 20'000).rightJustified(6, '0') + ") a R 2E\n";
-        TracePlayer player(writeFile(mFile, content), {});
+        ManualClock clock;
+        TracePlayer player(writeFile(mFile, "(0.000000) a R 2E\n(0.020000) a R 2E\n"
+                                            "(0.040000) a R 2E\n(0.100000) a R 2E\n"),
+                           {}, clock);
         QCOMPARE(player.prepare(), QString());
-        // 21 times 15 ms of work and 20 pauses of 20 ms: 0.4 s, and 0.7 s if delays added up.
-        connect(&player, &TracePlayer::chunk, this, [] { QTest::qSleep(15); });
-        QSignalSpy finished(&player, &TracePlayer::finished);
+        QVector<qint64> times;
+        connect(&player, &TracePlayer::chunk, this, [&] {
+            times += clock.milliseconds();
+            clock.advance(30'000'000); // Of work for each.
+        });
         player.start();
-        QVERIFY(finished.wait());
-        QVERIFY2(player.elapsed() < 0.6, qPrintable(QString::number(player.elapsed())));
-        QCOMPARE(player.chunks(), 21);
+        for (; player.chunks() < 4 && clock.milliseconds() < 1000; clock.advance(1'000'000))
+            player.tick();
+        QCOMPARE(times, (QVector<qint64>{0, 30, 60, 100}));
     }
 
     void replaysToThePlugin()
@@ -251,7 +255,7 @@ private slots:
         const Outcome replay = run(CANBENCH, {"replay", "--speed", "1000", "--only", "doors",
                                               "--plugin", PLUGIN_FILE, writeFile(mFile, kTrip)});
         QCOMPARE(replay.code, 0);
-        QVERIFY2(replay.output.contains("doorChanged             door.rear: false -> true"),
+        QVERIFY2(replay.output.contains("doorChanged             door.rear: closed -> open"),
                  replay.output);
         QVERIFY(!replay.output.contains("keyEvent"));
         QVERIFY2(!replay.errors.contains("left"), replay.errors); // No progress off a terminal.

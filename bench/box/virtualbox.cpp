@@ -1,11 +1,13 @@
 #include "bench/box/virtualbox.h"
 
+#include <utility>
+
 namespace bench {
 
 namespace {
 
 constexpr qint64 kReceiptTimeoutMs = 1000; // A receipt that comes later belongs to another frame.
-constexpr int kRecoverMs = 600;            // The host gives up an open frame 500 ms after new bytes.
+constexpr int kRecoverMs = 600; // The host gives up an open frame 500 ms after new bytes.
 
 } // namespace
 
@@ -37,6 +39,7 @@ void VirtualBox::receive(const QByteArray &bytes)
 
 void VirtualBox::onItem(const LineItem &item)
 {
+    emit heard(item);
     switch (item.kind) {
     case LineItem::Frame:
         onFrame(Outbound{item.dataType}, item.bytes);
@@ -48,7 +51,6 @@ void VirtualBox::onItem(const LineItem &item)
     default:
         break;
     }
-    emit heard(item);
 }
 
 void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
@@ -67,13 +69,18 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
     default:
         understood = mCar->obey(command, payload);
     }
-    if (mAwaitsHost) {
+    if (mAwaitsHost && !mSilent) {
         mAwaitsHost = false;
         if (mStarted)
             reportAll();
+        // A host whose frame was cut takes these for the rest of it.
+        if (mStarted && std::exchange(mCutFrame, false))
+            mRecoverTmr.start(kRecoverMs);
     }
-    if (!understood)
-        ++mMisunderstood;
+    if (understood)
+        return;
+    ++mMisunderstood;
+    emit puzzled(command, payload);
 }
 
 bool VirtualBox::setStarted(const QByteArray &payload)
@@ -237,14 +244,10 @@ void VirtualBox::setSilent(bool on)
     mSilent = on;
     mRecoverTmr.stop();
     if (!on) {
-        // A host whose frame was cut takes what comes now for the rest of it.
-        if (mStarted)
-            reportAll();
-        if (mStarted && mCutFrame)
-            mRecoverTmr.start(kRecoverMs);
+        awaitHost();
         return;
     }
-    mCutFrame = !mPacer.isIdle() || mSentRaw;
+    mCutFrame = mCutFrame || !mPacer.isIdle() || mSentRaw;
     mQueue.clear();
     mChanged.clear();
     mAwaiting.clear();

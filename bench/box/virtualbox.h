@@ -35,8 +35,9 @@ public:
     void setVersion(const QString &version) { mVersion = version; }
     /// 38400 on a real line; more to pass the traffic of an hour in minutes.
     void setBaudRate(int baudRate) { mPacer.setBaudRate(baudRate); }
-    /// A silent box hears everything and sends nothing. When it speaks again it reports the whole
-    /// car, and once more when the host has given up a frame that the silence has cut.
+    /// A silent box hears everything and sends nothing. When it speaks again it awaits the host;
+    /// if the silence has cut a frame, it reports the whole car once more when the host has given
+    /// that frame up.
     void setSilent(bool on);
     bool isSilent() const { return mSilent; }
 
@@ -71,8 +72,10 @@ signals:
     void transmit(const QByteArray &bytes);
     /// A frame was put on the line; as it was before any filter saw it.
     void frameSent(canbox::Inbound type, const QByteArray &payload);
-    /// What the host sent, cut.
+    /// What the host sent, cut; before anything comes of it.
     void heard(const bench::LineItem &item);
+    /// A good frame from the host has no meaning to box and car.
+    void puzzled(canbox::Outbound command, const QByteArray &payload);
 
 private:
     struct Outgoing
@@ -103,8 +106,8 @@ private:
 
     bool mStarted = false;
     bool mSilent = false;
-    bool mCutFrame = false; ///< The latest silence began within a frame.
-    bool mSentRaw = false; ///< The latest bytes may be the beginning of a frame.
+    bool mCutFrame = false; ///< A silence began within a frame.
+    bool mSentRaw = false;  ///< The latest bytes may be the beginning of a frame.
     bool mAwaitsHost = false;
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");
@@ -113,9 +116,9 @@ private:
     std::set<Inbound> mChanged;      ///< Reports to make when the line is free, after the queue.
     Inbound mLastChange = Inbound{}; ///< The latest of them.
     std::set<Inbound> mForeign;
-    QTimer mTurnTmr;                 ///< Changes of one turn of the event loop are one report.
-    QTimer mRecoverTmr;              ///< After a silence.
-    QList<Outgoing> mAwaiting;       ///< Sent, and without a receipt so far.
+    QTimer mTurnTmr;           ///< Changes of one turn of the event loop are one report.
+    QTimer mRecoverTmr;        ///< After a silence.
+    QList<Outgoing> mAwaiting; ///< Sent, and without a receipt so far.
     Filter mFrameFilter;
     Filter mChunkFilter;
 

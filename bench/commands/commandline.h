@@ -18,6 +18,7 @@ struct Subcommand
     int (*run)(const QStringList &arguments);
 };
 
+int boxCommand(const QStringList &arguments);
 int runCommand(const QStringList &arguments);
 int playCommand(const QStringList &arguments);
 int decodeCommand(const QStringList &arguments);

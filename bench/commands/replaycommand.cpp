@@ -1,3 +1,4 @@
+#include "bench/box/pseudoterminal.h"
 #include "bench/commands/commandline.h"
 #include "bench/headunit/session.h"
 #include "bench/recording/traceplayer.h"
@@ -178,7 +179,8 @@ int replayCommand(const QStringList &arguments)
         return line.complain("--to-box needs the --device of the box");
 
     QLoggingCategory::setFilterRules("default.debug=false");
-    TracePlayer player(file, options);
+    const SteadyClock clock;
+    TracePlayer player(file, options, clock);
     const QString problem = player.prepare();
     if (!problem.isEmpty())
         return fail(problem);

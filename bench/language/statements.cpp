@@ -185,6 +185,7 @@ constexpr struct
     {"expect", "NAME ==|!=|<|<=|>|>= VALUE [within TIME]", readExpect, Nobody},
     {"expect", "car NAME ==|!=|<|<=|>|>= VALUE [within TIME]", readExpect, Nobody},
     {"expect", "[no] signal NAME[(ARGUMENT, ...)] [within TIME]", readExpect, Nobody},
+    {"expect", "[no] frame NAME|TYPE [BYTE]... [within TIME]", readExpect, Nobody},
     {"silence", "", readSilence, NeedsBox},
     {"speak", "", readSpeak, NeedsBox},
     {"unplug", "", readUnplug, NeedsBox},

@@ -97,8 +97,8 @@ Summary TraceDecoder::summary() const
 void TraceDecoder::onSignal(int signal, const QVector<Value> &arguments)
 {
     ++mEvents[signal];
-    emit happened({seconds(), interfaceSignals().at(signal).name, arguments,
-                   mState.changesWith(signal)});
+    emit happened(
+        {seconds(), interfaceSignals().at(signal).name, arguments, mState.changesWith(signal)});
 }
 
 } // namespace bench

@@ -33,6 +33,14 @@ void appendFinite(QByteArray *bytes, Number number)
         bytes->append("null");
 }
 
+void appendAscii(QByteArray *bytes, const QChar *text, int size)
+{
+    const int before = bytes->size();
+    bytes->resize(before + size);
+    std::transform(text, text + size, bytes->data() + before,
+                   [](QChar c) { return char(c.unicode()); });
+}
+
 void appendJsonUnit(QByteArray *bytes, ushort unit)
 {
     switch (unit) {
@@ -69,8 +77,7 @@ void appendJsonText(QByteArray *bytes, const QString &text)
         for (; at < text.size() && isRaw(at); ++at)
             isAscii = isAscii && text.at(at).unicode() < 0x80;
         if (isAscii)
-            std::for_each(text.begin() + first, text.begin() + at,
-                          [bytes](QChar c) { bytes->append(char(c.unicode())); });
+            appendAscii(bytes, text.constData() + first, at - first);
         else
             bytes->append(text.midRef(first, at - first).toUtf8());
         if (at < text.size()) {

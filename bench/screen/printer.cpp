@@ -81,6 +81,13 @@ QString frameName(bool fromBox, quint8 dataType)
     return fromBox ? inboundName(dataType) : outboundName(dataType);
 }
 
+// A column of its own for the number would be empty in most rows.
+QString csvName(bool fromBox, quint8 dataType)
+{
+    const QString name = frameName(fromBox, dataType);
+    return name == QLatin1String("unknown") ? hexByte(dataType) : name;
+}
+
 QString itemText(bool fromBox, const LineItem &item)
 {
     const QString kind = QLatin1String(kindName(item.kind));
@@ -133,12 +140,6 @@ void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
         .endObject();
 }
 
-void put(const QString &line)
-{
-    standardOutput().line(line);
-    standardOutput().flush(); // Whoever reads the pipe follows live.
-}
-
 } // namespace
 
 QString climateLine(const StateWatch &state)
@@ -188,6 +189,21 @@ QString eventLine(const Event &event, const StateWatch &state)
         .arg(text.isEmpty() ? call : call.leftJustified(24) + text);
 }
 
+void Printer::put(const QString &line)
+{
+    if (mSink)
+        return mSink(printable(line).toUtf8() + '\n');
+    standardOutput().line(line);
+    standardOutput().flush(); // Whoever reads the pipe follows live.
+}
+
+void Printer::putBytes(const QByteArray &line)
+{
+    if (mSink)
+        return mSink(line);
+    standardOutput().bytes(line);
+}
+
 // Code 3 comes with every frame.
 bool Printer::isRepetition(const Event &event)
 {
@@ -227,7 +243,7 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
         break;
     case Csv:
         row(seconds, fromBox ? "box" : "host", kindName(item.kind),
-            isFrame(item) ? frameName(fromBox, item.dataType) : QString(),
+            isFrame(item) ? csvName(fromBox, item.dataType) : QString(),
             QString::fromLatin1(item.bytes.toHex().toUpper()), QStringLiteral("hex"));
         break;
     }
@@ -260,7 +276,7 @@ void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
             .member("name", frameName(fromBox, item.dataType));
     if (item.kind == LineItem::BadChecksum)
         mJson.member("received", hexByte(item.received)).member("expected", hexByte(item.expected));
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::printJson(const Event &event)
@@ -280,7 +296,7 @@ void Printer::printJson(const Event &event)
             mJson.member("unit", after.unit);
         mJson.endObject();
     }
-    standardOutput().bytes(mJson.endObject().end());
+    putBytes(mJson.endObject().end());
     standardOutput().flush();
 }
 
@@ -298,7 +314,7 @@ void Printer::row(double seconds, const char *source, const char *kind, const QS
         bytes += ',';
         appendCsvField(&bytes, field);
     }
-    standardOutput().bytes(bytes + '\n');
+    putBytes(bytes + '\n');
 }
 
 void Printer::printCsv(const Event &event)
@@ -314,12 +330,28 @@ void Printer::printCsv(const Event &event)
     }
 }
 
+void Printer::note(double seconds, const char *source, const QString &text,
+                   const QVector<QPair<const char *, Value>> &members)
+{
+    if (mFormat == Text) {
+        put(QStringLiteral("%1  %2 %3")
+                .arg(seconds, 9, 'f', 3)
+                .arg(QLatin1String(source), -6)
+                .arg(text));
+    } else if (mFormat == Json) {
+        beginJson(seconds).member("event", source);
+        for (const auto &member : members)
+            add(mJson.key(member.first), member.second);
+        putBytes(mJson.end());
+    }
+}
+
 void Printer::heading(const QString &text, double seconds)
 {
     if (mFormat == Text)
         return put({}), put(QStringLiteral("-- ") + text);
     if (mFormat == Json)
-        standardOutput().bytes(beginJson(seconds).member("say", text).end());
+        putBytes(beginJson(seconds).member("say", text).end());
 }
 
 void Printer::outcome(const QString &text, const QVector<QPair<const char *, Value>> &members)
@@ -329,7 +361,7 @@ void Printer::outcome(const QString &text, const QVector<QPair<const char *, Val
     mJson.begin();
     for (const auto &member : members)
         add(mJson.key(member.first), member.second);
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::print(const Summary &summary, double seconds)
@@ -350,7 +382,7 @@ void Printer::print(const char *name, const QVector<QPair<QString, qint64>> &cou
         mJson.begin().key(name).beginObject();
         for (const auto &row : counts)
             mJson.member(row.first.toUtf8().constData(), row.second);
-        standardOutput().bytes(mJson.endObject().end());
+        putBytes(mJson.endObject().end());
     }
 }
 
@@ -391,7 +423,7 @@ void Printer::printJson(const Summary &summary, double seconds)
     mJson.member("droppedWrites", summary.droppedWrites).key("events").beginObject();
     for (auto row = summary.events.cbegin(); row != summary.events.cend(); ++row)
         mJson.member(row.key().toLatin1().constData(), row.value());
-    standardOutput().bytes(mJson.endObject().endObject().end());
+    putBytes(mJson.endObject().endObject().end());
 }
 
 } // namespace bench
