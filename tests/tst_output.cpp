@@ -112,14 +112,22 @@ const struct
     {"no temporary folder", "TMPDIR=/nonexistent $b play s >out", 0, ""},
 };
 
-// How a shell makes the file x from the plug-in p with $b for canbench; what the doctor tells of x.
+// Without optimization a build asks the host for more.
+#ifdef __OPTIMIZE__
+#    define AGREED "symbols, as agreed\n"
+#else
+#    define AGREED ""
+#endif
+
+// How a shell makes the file x from the plug-in p with $b for canbench; what the doctor tells of x,
+// all of the parts between the bars.
 const struct
 {
     const char *name, *command;
     int code;
     const char *told;
 } kLibraries[] = {
-    {"the plug-in", "cp $p x", 0, "symbols, as agreed\nLoadable: its service is a canservice::"},
+    {"the plug-in", "cp $p x", 0, AGREED "|Loadable: its service is a canservice::SimpleService."},
     {"an empty name", "x=", 1, "Not loadable: its name is empty"},
     {"an empty file", ": >x", 1, "it is empty"},
     {"a folder", "mkdir x", 1, "it is a folder"},
@@ -131,14 +139,13 @@ const struct
     {"half of it", "head -c 30000 $p >x", 1, "it is cut short: it has 30000 bytes"},
     {"a part of its header", "head -c 40 $p >x", 1, "it is cut short: it has 40 bytes"},
     {"its first bytes", "head -c 10 $p >x", 1, "it is cut short within its first line"},
-    {"a library that is no plug-in", "cp $(ldd $b | grep -o '/.*libQt5Core[^ ]*') x", 1,
-     "it is a library, but no Qt plug-in"},
+    {"a library that is no plug-in", "cp " HOST_FILE " x", 1, "it is a library, but no Qt plug-in"},
     // Read as far as it goes, whatever the machine.
     {"one for another machine", "cp $p x; printf '\\363' | dd of=x bs=1 seek=18 conv=notrunc", 1,
-     "symbols, as agreed\nNot loadable: it is built for RISC-V"},
+     "SimpleService|  libQt5Core.so.5  |  Qt_5.15\n|" AGREED
+     "|Not loadable: it is built for RISC-V"},
     {"one with other symbols", "sed s/getCarModelId/getCarModelIx/ $p >x", 1,
-     "  host       asks the host for what is not agreed: CanBusManager::getCarModelIx()\n"
-     "  host       does not ask the host for: CanBusManager::getCarModelId()\n"
+     "not agreed: CanBusManager::getCarModelIx()|  host       does not ask the host for: |"
      "Not loadable: a symbol that it needs is missing"},
     {"one without its entry", "sed s/qt_plugin_instance/qt_plugin_instanxe/ $p >x", 1,
      "  host       does not offer to the host: qt_plugin_instance\nNot loadable: "},
@@ -146,7 +153,10 @@ const struct
      "cp $p x; at=$(readelf -SW x | sed -n 's/.* \\.rela\\.dyn *RELA *[^ ]* *\\([^ ]*\\).*/\\1/p');"
      "printf '\\377\\377\\377\\377\\377\\377\\377' | dd of=x bs=1 seek=$((0x$at)) conv=notrunc",
      1, "Not loadable: loading it ends the program ("},
-    {"no descriptors", "cp $p x; ulimit -n 4", 1, "Too many open files"},
+#ifndef __SANITIZE_ADDRESS__ // Which needs some of its own.
+    {"no descriptors", "cp $p x; exec 3<&- 4<&- 5<&- 6<&- 7<&-; ulimit -n 4", 1,
+     "Too many open files"},
+#endif
 };
 
 const QByteArray kEnter = "\033[?1049h\033[?25l\033[?7l";
@@ -257,7 +267,7 @@ private slots:
         const QTemporaryDir directory;
         const QByteArray trace = "(1.000000) a T 2E8101017C\n(1.100000) a R FF\n"
                                  "(1.200000) a R 2E6102053C5B\n";
-        writeFile(directory.filePath("s"), "start\n");
+        writeFile(directory.filePath("s"), "start\nexpect link == 3 within 5s\n");
         writeFile(directory.filePath("t"), trace);
         QVERIFY(QFile::link("t", directory.filePath("soft")));
         const QString folder = "cd " + directory.path() + "; ln t hard; export TMPDIR=$PWD/tmp; ";
@@ -279,7 +289,8 @@ private slots:
         const Outcome outcome =
             run("sh", {"-c", "cd " + directory.path() + "; b=" CANBENCH " p=" PLUGIN_FILE " x=x; " +
                                  row.command + " 2>errors; $b doctor \"$x\""});
-        QVERIFY2(outcome.output.contains(row.told), outcome.output);
+        for (const QByteArray &part : QByteArray(row.told).split('|'))
+            QVERIFY2(outcome.output.contains(part), outcome.output);
         QCOMPARE(outcome.errors, QByteArray());
         QCOMPARE(outcome.code, row.code);
     }

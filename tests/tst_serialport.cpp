@@ -1,8 +1,8 @@
 // The stand-in's serial port against pseudo terminals: bytes, bad devices, loss and return.
 #include "rows.h"
 
+#include "bench/box/pseudoterminal.h"
 #include "host/serialport.h"
-#include "pseudoterminal.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>

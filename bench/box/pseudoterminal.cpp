@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <termios.h>
@@ -83,8 +82,7 @@ bool PseudoTerminal::open()
 
 bool PseudoTerminal::fail(const char *what)
 {
-    mError = QStringLiteral("%1: %2").arg(QLatin1String(what),
-                                          QString::fromLocal8Bit(std::strerror(errno)));
+    mError = QStringLiteral("%1: %2").arg(QLatin1String(what), qt_error_string(errno));
     return false;
 }
 

@@ -1,11 +1,13 @@
 #include "bench/box/virtualbox.h"
 
+#include <utility>
+
 namespace bench {
 
 namespace {
 
 constexpr qint64 kReceiptTimeoutMs = 1000; // A receipt that comes later belongs to another frame.
-constexpr int kRecoverMs = 600;            // The host gives up an open frame 500 ms after new bytes.
+constexpr int kRecoverMs = 600; // The host gives up an open frame 500 ms after new bytes.
 
 } // namespace
 
@@ -67,10 +69,13 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
     default:
         understood = mCar->obey(command, payload);
     }
-    if (mAwaitsHost) {
+    if (mAwaitsHost && !mSilent) {
         mAwaitsHost = false;
         if (mStarted)
             reportAll();
+        // A host whose frame was cut takes these for the rest of it.
+        if (mStarted && std::exchange(mCutFrame, false))
+            mRecoverTmr.start(kRecoverMs);
     }
     if (!understood)
         ++mMisunderstood;
@@ -234,14 +239,10 @@ void VirtualBox::setSilent(bool on)
     mSilent = on;
     mRecoverTmr.stop();
     if (!on) {
-        // A host whose frame was cut takes what comes now for the rest of it.
-        if (mStarted)
-            reportAll();
-        if (mStarted && mCutFrame)
-            mRecoverTmr.start(kRecoverMs);
+        awaitHost();
         return;
     }
-    mCutFrame = !mPacer.isIdle();
+    mCutFrame = mCutFrame || !mPacer.isIdle();
     mQueue.clear();
     mChanged.clear();
     mAwaiting.clear();

@@ -35,8 +35,9 @@ public:
     void setVersion(const QString &version) { mVersion = version; }
     /// 38400 on a real line; more to pass the traffic of an hour in minutes.
     void setBaudRate(int baudRate) { mPacer.setBaudRate(baudRate); }
-    /// A silent box hears everything and sends nothing. When it speaks again it reports the whole
-    /// car, and once more when the host has given up a frame that the silence has cut.
+    /// A silent box hears everything and sends nothing. When it speaks again it awaits the host;
+    /// if the silence has cut a frame, it reports the whole car once more when the host has given
+    /// that frame up.
     void setSilent(bool on);
     bool isSilent() const { return mSilent; }
 
@@ -103,7 +104,7 @@ private:
 
     bool mStarted = false;
     bool mSilent = false;
-    bool mCutFrame = false; ///< The latest silence began within a frame.
+    bool mCutFrame = false; ///< A silence began within a frame.
     bool mAwaitsHost = false;
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");
@@ -112,9 +113,9 @@ private:
     std::set<Inbound> mChanged;      ///< Reports to make when the line is free, after the queue.
     Inbound mLastChange = Inbound{}; ///< The latest of them.
     std::set<Inbound> mForeign;
-    QTimer mTurnTmr;                 ///< Changes of one turn of the event loop are one report.
-    QTimer mRecoverTmr;              ///< After a silence.
-    QList<Outgoing> mAwaiting;       ///< Sent, and without a receipt so far.
+    QTimer mTurnTmr;           ///< Changes of one turn of the event loop are one report.
+    QTimer mRecoverTmr;        ///< After a silence.
+    QList<Outgoing> mAwaiting; ///< Sent, and without a receipt so far.
     Filter mFrameFilter;
     Filter mChunkFilter;
 

@@ -54,8 +54,11 @@ QVector<NameRow> nameRows()
                          index < 0 ? QString() : signalOf(getter(index))});
     }
     for (const QString &name : eventNames())
-        rows.append({name, QString(),
-                     QStringLiteral("signal(%1)").arg(eventArguments(name).join(", ")), {}, {}});
+        rows.append({name,
+                     QString(),
+                     QStringLiteral("signal(%1)").arg(eventArguments(name).join(", ")),
+                     {},
+                     {}});
     return rows;
 }
 

@@ -12,13 +12,11 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     options.terse = true;
     SessionRun run(options);
     Session &session = run.session();
-    QObject::connect(&session, &Session::happened, [&](const Event &event) {
-        run.printer().print(event, session.state());
-    });
+    QObject::connect(&session, &Session::happened,
+                     [&](const Event &event) { run.printer().print(event, session.state()); });
     Runner runner(Stage(session), speed);
-    QObject::connect(&runner, &Runner::said, [&](const QString &text) {
-        run.printer().heading(text, session.seconds());
-    });
+    QObject::connect(&runner, &Runner::said,
+                     [&](const QString &text) { run.printer().heading(text, session.seconds()); });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught, [&runner] { runner.abort(); });
 
     const QString problem = run.open();

@@ -148,7 +148,8 @@ int replayCommand(const QStringList &arguments)
         {"device", "Play to the serial device DEV instead of the plug-in.", "DEV"},
         {"to-box", "Play what went to the box, not what came from it; needs --device."},
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
-        {"model", "The car model that is selected in the head unit (default: the recording's, or 1).", "ID"},
+        {"model",
+         "The car model that is selected in the head unit (default: the recording's, or 1).", "ID"},
         {"json", "One JSON object a line."},
     });
     if (const auto code = line.read(arguments, 1))

@@ -113,8 +113,8 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
                 view->note(QStringLiteral("           ") + mistake.text);
             for (const Step &step : qAsConst(scenario.steps))
                 if ((step.needs & NeedsBox) && !session.boxEnd()) {
-                    view->note(QStringLiteral("           '%1' needs the embedded box")
-                                   .arg(step.text));
+                    view->note(
+                        QStringLiteral("           '%1' needs the embedded box").arg(step.text));
                     isPossible = false;
                 }
             if (isPossible)
@@ -124,8 +124,7 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
     QObject::connect(&run.unixSignals(), &UnixSignals::caught,
                      [](int number) { QCoreApplication::exit(SignalBase + number); });
     if (duration > 0)
-        QTimer::singleShot(static_cast<int>(duration * 1000),
-                           [] { QCoreApplication::exit(Done); });
+        QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
 
     const QString problem = run.open();
     if (!problem.isEmpty()) {

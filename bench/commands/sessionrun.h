@@ -14,7 +14,7 @@ struct RunOptions
     SessionOptions session;
     Printer::Format format = Printer::Text;
     bool terse = false;
-    QString trace;     ///< The recording to be made; empty for none.
+    QString trace;      ///< The recording to be made; empty for none.
     bool force = false; ///< It may replace a file.
     QStringList inputs; ///< What the command reads, besides the plug-in.
 };

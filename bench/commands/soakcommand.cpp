@@ -198,11 +198,10 @@ int soakCommand(const QStringList &arguments)
     Printer printer(Printer::Text);
     printer.print(session.summary(), session.seconds());
     printer.print("faults", injector.summary());
-    printer.print("resources",
-                  {{QStringLiteral("seconds of a full line"),
-                    injector.bytesPassed() / (canbox::kBaudRate / 10)},
-                   {QStringLiteral("heap growth, KiB"), growth},
-                   {QStringLiteral("descriptors more"), moreDescriptors}});
+    printer.print("resources", {{QStringLiteral("seconds of a full line"),
+                                 injector.bytesPassed() / (canbox::kBaudRate / 10)},
+                                {QStringLiteral("heap growth, KiB"), growth},
+                                {QStringLiteral("descriptors more"), moreDescriptors}});
     for (const QString &failure : failures)
         fail(failure);
     printer.outcome({}, {});

@@ -31,9 +31,9 @@ int tourCommand(const QStringList &arguments)
         return *code;
 
     QLoggingCategory::setFilterRules("default=false"); // The tour tells what happens.
-    const Scenario scenario = parseScenario(
-        resource("tour.scenario") +
-        (line.isSet("full") ? resource("tour_silence.scenario") : QByteArray()));
+    const Scenario scenario =
+        parseScenario(resource("tour.scenario") +
+                      (line.isSet("full") ? resource("tour_silence.scenario") : QByteArray()));
     return perform(scenario, QStringLiteral("The tour"), 1, {});
 }
 

@@ -80,8 +80,8 @@ constexpr Getter of(Getter row, Inbound report, Announcement first, Announcement
     return row;
 }
 
-constexpr Getter climate(const char *name, Reader read, Meaning meaning,
-                         Span<Word> words = {}, QString (*unit)(S &) = nullptr)
+constexpr Getter climate(const char *name, Reader read, Meaning meaning, Span<Word> words = {},
+                         QString (*unit)(S &) = nullptr)
 {
     return of({name, read, unit, {}, {}, meaning, words}, Inbound::Climate, &S::acStatusChanged);
 }
@@ -328,6 +328,9 @@ QString Getter::text(const Value &value, const QString &unitText) const
     return unitText.isEmpty() ? number : number + QLatin1Char(' ') + unitText;
 }
 
-QString Getter::textOf(CanServiceBase &service) const { return text(read(service), unitOf(service)); }
+QString Getter::textOf(CanServiceBase &service) const
+{
+    return text(read(service), unitOf(service));
+}
 
 } // namespace bench

@@ -55,14 +55,16 @@ struct Reader
 /// One state getter of the interface, or one member of a record that it hands out.
 struct Getter
 {
-    const char *name; ///< For example `climate.left`. The car's value of the same name is its source.
+    const char
+        *name; ///< For example `climate.left`. The car's value of the same name is its source.
     Reader read;
     QString (*unit)(CanServiceBase &service) = nullptr; ///< Null for a value without a unit text.
     Announcement announcements[2] = {};                 ///< Null: it never changes.
     Inbound report = {};       ///< The frame that it comes from; 0 for none.
     Meaning meaning = nullptr; ///< Null: no frame changes it.
     Span<Word> words = {};     ///< What stands for a number; of a switch, for off and on.
-    bool quiet = false; ///< May change before its signal, or without one: see StateWatch::lookAround().
+    bool quiet =
+        false; ///< May change before its signal, or without one: see StateWatch::lookAround().
     bool alias = false; ///< An older name, or a part of another value: read by name, not listed.
 
     QString text(const Value &value, const QString &unit) const;

@@ -90,8 +90,8 @@ int same(int raw);
 int blowingMode(int raw);
 int seatHeat(int code);
 int seatVentilation(int code);
-int seat(int code);          ///< 0 off, 1 to 3 ventilation, 4 to 6 heat.
-int distanceBand(int code);  ///< 1 (nearest), 2, 3, 4, 5, 7; 255 for nothing.
+int seat(int code);         ///< 0 off, 1 to 3 ventilation, 4 to 6 heat.
+int distanceBand(int code); ///< 1 (nearest), 2, 3, 4, 5, 7; 255 for nothing.
 int tyreState(int code);
 float tyrePressure(int code); ///< kPa; -1 for no reading.
 float voltage(int code);

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <elf.h>
 #include <iterator>
 #include <sys/stat.h>
@@ -66,8 +65,7 @@ QString fileProblem(const QString &path)
         const auto *row =
             std::find_if(std::begin(kFileErrors), std::end(kFileErrors),
                          [error](const FileError &known) { return known.error == error; });
-        return row == std::end(kFileErrors) ? QString::fromLocal8Bit(std::strerror(error))
-                                            : QLatin1String(row->text);
+        return row == std::end(kFileErrors) ? qt_error_string(error) : QLatin1String(row->text);
     }
     if (S_ISDIR(info.st_mode))
         return QStringLiteral("it is a folder; name the file in it");
@@ -137,10 +135,13 @@ QStringList frozenLines(const QString &heading)
 // What the first list has beyond the second.
 QString beyond(const QStringList &list, const QStringList &other)
 {
+    constexpr int kShown = 8;
     QStringList rest;
     std::copy_if(list.begin(), list.end(), std::back_inserter(rest),
                  [&other](const QString &name) { return !other.contains(name); });
-    return rest.join(QStringLiteral(", "));
+    const int more = rest.size() - kShown;
+    return rest.mid(0, kShown).join(QStringLiteral(", ")) +
+           (more > 0 ? QStringLiteral(" and %1 more").arg(more) : QString());
 }
 
 } // namespace

@@ -77,8 +77,7 @@ public:
         const QVector<SignalInfo> &rows = interfaceSignals();
         for (int i = 0; i < rows.size(); ++i)
             QMetaObject::connect(service, rows.at(i).method, this,
-                                 QObject::staticMetaObject.methodCount() + i,
-                                 Qt::DirectConnection);
+                                 QObject::staticMetaObject.methodCount() + i, Qt::DirectConnection);
     }
 
     int qt_metacall(QMetaObject::Call call, int id, void **arguments) override

@@ -17,8 +17,8 @@ namespace bench {
 struct SignalInfo
 {
     QString name;
-    int method;           ///< In the meta-object.
-    QVector<int> types;   ///< QMetaType::Type of the arguments.
+    int method;            ///< In the meta-object.
+    QVector<int> types;    ///< QMetaType::Type of the arguments.
     QStringList arguments; ///< Their names.
 };
 

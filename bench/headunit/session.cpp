@@ -137,8 +137,8 @@ void Session::onEvent(const QString &name, const QVector<Value> &arguments, int 
     ++mSummary.events[name];
     if (signal >= 0 && signal == linkSignal())
         mLinkCode = std::get<int>(arguments.first());
-    emit happened({seconds(), name, arguments,
-                   signal >= 0 ? mState.changesWith(signal) : QVector<Change>()});
+    emit happened(
+        {seconds(), name, arguments, signal >= 0 ? mState.changesWith(signal) : QVector<Change>()});
 }
 
 void Session::lookAround()

@@ -24,8 +24,6 @@ constexpr unsigned kLongest = 10; // s
 constexpr char kAnswer = '\0';
 enum Answer : char { ClassName = 'C', Problem = 'P' };
 
-QByteArray systemError() { return std::strerror(errno); }
-
 QByteArray load(const QString &file)
 {
     QPluginLoader loader(file);
@@ -46,7 +44,7 @@ QByteArray load(const QString &file)
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
     for (const int number : {SIGALRM, SIGSEGV, SIGBUS, SIGABRT, SIGILL, SIGFPE})
-        std::signal(number, SIG_DFL);
+        static_cast<void>(std::signal(number, SIG_DFL));
     alarm(kLongest);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
@@ -76,7 +74,7 @@ QString ending(int status, const QByteArray &output)
         return QStringLiteral("loading it takes longer than %1 s").arg(kLongest);
     const QString how =
         WIFSIGNALED(status)
-            ? QString::fromLocal8Bit(strsignal(WTERMSIG(status)))
+            ? QString::fromLatin1(sigdescr_np(WTERMSIG(status)))
             : QStringLiteral("exit code %1").arg(WIFEXITED(status) ? WEXITSTATUS(status) : 0);
     const QString said = QString::fromUtf8(output.trimmed().split('\n').constLast());
     return QStringLiteral("loading it ends the program (%1): it is damaged, or its code fails as "
@@ -90,16 +88,16 @@ TrialLoad tryLoading(const QString &file)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
-        return {QStringLiteral("it cannot be tried: ") + QString::fromLocal8Bit(systemError()), {}};
+        return {QStringLiteral("it cannot be tried: ") + qt_error_string(errno), {}};
     const pid_t child = fork();
     if (child == 0)
         tryHere(file, ends[1]);
-    const QByteArray whyNot = systemError();
+    const int error = errno;
     close(ends[1]);
     QFile pipe;
     pipe.open(ends[0], QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
     if (child < 0)
-        return {QStringLiteral("it cannot be tried: ") + QString::fromLocal8Bit(whyNot), {}};
+        return {QStringLiteral("it cannot be tried: ") + qt_error_string(error), {}};
     const QByteArray output = pipe.readAll();
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {

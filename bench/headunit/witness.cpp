@@ -33,9 +33,9 @@ QByteArray frameKey(Inbound type, const QByteArray &payload)
 
 QString versionText(const QByteArray &payload)
 {
-    return QString::fromUtf8(payload.constData(), static_cast<int>(qstrnlen(
-                                                      payload.constData(),
-                                                      static_cast<uint>(payload.size()))));
+    return QString::fromUtf8(
+        payload.constData(),
+        static_cast<int>(qstrnlen(payload.constData(), static_cast<uint>(payload.size()))));
 }
 
 } // namespace

@@ -22,7 +22,8 @@ public:
     explicit Witness(Session *session, Scope scope = Past, QObject *parent = nullptr);
 
     /// How the host's getters differ from the car now, as `door.rear is closed instead of open`. A
-    /// report that the host has not had yet, or that a frame of no car has overwritten, is left out.
+    /// report that the host has not had yet, or that a frame of no car has overwritten, is left
+    /// out.
     QStringList differences() const;
     /// Whether the two can be compared: the link is up and nothing is on its way.
     bool isComparable() const;
@@ -32,11 +33,11 @@ public:
     /// Of what the host has shown, as many values as were never sent by the box.
     struct History
     {
-        int shown = 0;    ///< Different values.
-        int reports = 0;  ///< Good frames of a known type and length that reached the host.
-        int unsent = 0;   ///< Those of them that the box never sent.
-        int damaged = 0;  ///< Values shown that only such a frame means: a sum cannot see two errors
-                          ///< that cancel out, such as bytes that changed places.
+        int shown = 0;   ///< Different values.
+        int reports = 0; ///< Good frames of a known type and length that reached the host.
+        int unsent = 0;  ///< Those of them that the box never sent.
+        int damaged = 0; ///< Values shown that only such a frame means: a sum cannot see two errors
+                         ///< that cancel out, such as bytes that changed places.
         QStringList unexplained; ///< Values shown that no frame means, as `door.rear is open`.
     };
     const History &history() const { return mHistory; }

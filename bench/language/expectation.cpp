@@ -41,7 +41,8 @@ const BenchRow kBenchRows[] = {
      NeedsBox},
     {"box.resent", [](const Stage &s) { return Value(clipped(s.box->box().resent())); }, false,
      NeedsBox},
-    {"box.car_index", [](const Stage &s) { return Value(s.box->box().carIndex()); }, false, NeedsBox},
+    {"box.car_index", [](const Stage &s) { return Value(s.box->box().carIndex()); }, false,
+     NeedsBox},
 };
 
 constexpr struct
@@ -90,8 +91,8 @@ bool isOrder(Comparison comparison)
 bool leadingNumber(const QString &text, double *number)
 {
     int size = 0;
-    while (size < text.size() && (text.at(size).isDigit() || text.at(size) == '.' ||
-                                  (size == 0 && text.at(size) == '-')))
+    while (size < text.size() &&
+           (text.at(size).isDigit() || text.at(size) == '.' || (size == 0 && text.at(size) == '-')))
         ++size;
     bool isNumber = false;
     *number = text.left(size).toDouble(&isNumber);
@@ -102,8 +103,7 @@ constexpr struct
 {
     const char *word;
     int number;
-} kSwitchWords[] = {{"on", 1},  {"true", 1},  {"open", 1},
-                    {"off", 0}, {"false", 0}, {"closed", 0}};
+} kSwitchWords[] = {{"on", 1}, {"true", 1}, {"open", 1}, {"off", 0}, {"false", 0}, {"closed", 0}};
 
 } // namespace
 
@@ -179,10 +179,7 @@ QString Observable::text(const Value &value, const QString &unit) const
     return mSource == Getter ? getter(mIndex).text(value, unit) : plainText(value);
 }
 
-bool Observable::isSwitch() const
-{
-    return mSource == Getter && getter(mIndex).read.isSwitch();
-}
+bool Observable::isSwitch() const { return mSource == Getter && getter(mIndex).read.isSwitch(); }
 
 bool Observable::isText() const
 {
@@ -301,11 +298,11 @@ bool SignalExpectation::isMetBy(const QString &signal, const QVector<Value> &act
 {
     if (signal != name)
         return false;
-    return arguments.isEmpty() || std::equal(arguments.begin(), arguments.end(), actual.begin(),
-                                             actual.end(),
-                                             [](const QString &wanted, const Value &value) {
-                                                 return wanted == plainText(value);
-                                             });
+    return arguments.isEmpty() ||
+           std::equal(arguments.begin(), arguments.end(), actual.begin(), actual.end(),
+                      [](const QString &wanted, const Value &value) {
+                          return wanted == plainText(value);
+                      });
 }
 
 QString signalText(const QString &name, const QVector<Value> &arguments)

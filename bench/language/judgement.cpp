@@ -24,8 +24,8 @@ bool Runner::act(const steps::Expect &step)
 {
     if (!std::exchange(mUnsettled, false) || mStage.isQuiet())
         return judge(step);
-    return wait(kSettle, [this] { return mStage.isQuiet(); },
-                [this, step](bool) { return judge(step); });
+    return wait(
+        kSettle, [this] { return mStage.isQuiet(); }, [this, step](bool) { return judge(step); });
 }
 
 bool Runner::judge(const steps::Expect &step)
@@ -72,7 +72,8 @@ bool Runner::act(const steps::ExpectSignal &step)
     };
     if (takeSignal(step.expectation))
         return conclude(true);
-    return wait(step.within, [this, step] { return takeSignal(step.expectation); }, conclude);
+    return wait(
+        step.within, [this, step] { return takeSignal(step.expectation); }, conclude);
 }
 
 bool Runner::takeSignal(const SignalExpectation &expectation)

@@ -50,7 +50,7 @@ private:
     /// What a step waits for. Without `until`, the time is all.
     struct Pending
     {
-        qint64 deadline = 0;                 ///< ms.
+        qint64 deadline = 0; ///< ms.
         std::function<bool()> until;
         std::function<void()> tick;          ///< Each time that it is looked at.
         std::function<bool(bool met)> after; ///< \returns whether the steps go on.

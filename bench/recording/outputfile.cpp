@@ -61,10 +61,13 @@ QString OutputFile::open(const OutputTarget &target, Way way)
 
     const bool isFile = !exists || S_ISREG(existing.st_mode);
     mIsNew = isFile && !isTaken;
-    if (isFile && way == Whole)
-        mFile = std::make_unique<QSaveFile>(target.name);
-    else
+    if (isFile && way == Whole) {
+        auto whole = std::make_unique<QSaveFile>(target.name);
+        whole->setDirectWriteFallback(isTaken); // In a folder that takes no other file.
+        mFile = std::move(whole);
+    } else {
         mFile = std::make_unique<QFile>(target.name);
+    }
     mDevice = mFile.get();
     QIODevice::OpenMode mode = QIODevice::WriteOnly;
     if (way == Live)
@@ -82,11 +85,11 @@ QString OutputFile::write(const QByteArray &bytes)
 QString OutputFile::commit()
 {
     auto *whole = qobject_cast<QSaveFile *>(mDevice);
-    if (whole && mIsNew && QFileInfo::exists(whole->fileName())) {
+    if (whole != nullptr && mIsNew && QFileInfo::exists(whole->fileName())) {
         whole->cancelWriting();
         return QStringLiteral("%1 exists by now; use --force to replace it").arg(mName);
     }
-    const bool isDone = whole ? whole->commit() : !mFile || mFile->flush();
+    const bool isDone = whole != nullptr ? whole->commit() : !mFile || mFile->flush();
     return isDone ? QString() : problem();
 }
 

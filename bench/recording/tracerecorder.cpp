@@ -33,7 +33,7 @@ void TraceWriter::put(const QByteArray &bytes)
 
 QString TraceRecorder::start(const OutputTarget &target, const QString &port, const TraceCar &car)
 {
-    const QString problem = mWriter.open(target);
+    QString problem = mWriter.open(target);
     if (!problem.isEmpty())
         return problem;
     mPort = port.isEmpty() ? QByteArray("-") : port.toLatin1().left(kMaxTracePort);

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -80,11 +79,11 @@ void Output::lose(int error)
 {
     mError = error;
     if (error == EPIPE) {
-        std::signal(SIGPIPE, SIG_DFL);
-        std::raise(SIGPIPE);
+        static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
+        static_cast<void>(std::raise(SIGPIPE));
     } else if (mDescriptor == STDOUT_FILENO) {
         standardError().line(QStringLiteral("canbench: standard output: %1; the rest is lost")
-                                 .arg(QString::fromLocal8Bit(std::strerror(error))));
+                                 .arg(qt_error_string(error)));
     }
 }
 
@@ -122,7 +121,7 @@ void prepareStandardStreams()
             // The lowest number that is free, with the wrong direction: using it fails as before.
             open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     // A write tells it as well, and only the end of our own output is our end.
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context,
                               const QString &message) {
         standardError().bytes(qFormatLogMessage(type, context, printable(message)).toUtf8() + '\n');

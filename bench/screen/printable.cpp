@@ -26,9 +26,6 @@ constexpr Range kEscaped[] = {
 
 bool isEscaped(ushort unit)
 {
-    // Nearly everything is plain ASCII.
-    if (unit >= ' ' && unit < 0x7F)
-        return false;
     return std::any_of(std::begin(kEscaped), std::end(kEscaped), [unit](const Range &range) {
         return unit >= range.first && unit <= range.last;
     });
@@ -56,7 +53,7 @@ QString escape(ushort unit)
 
 } // namespace
 
-bool isPrintable(const QString &text, int at)
+bool isPrintableBeyondAscii(const QString &text, int at)
 {
     return !isEscaped(text.at(at).unicode()) && !isHalf(text, at);
 }

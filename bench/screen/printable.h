@@ -18,7 +18,14 @@ QString printable(const QByteArray &bytes);
 QByteArray csvField(const QString &text);
 void appendCsvField(QByteArray *row, const QString &text);
 
+/// isPrintable() for what is no plain ASCII.
+bool isPrintableBeyondAscii(const QString &text, int at);
+
 /// Whether the unit at an index of a text is shown as it is.
-bool isPrintable(const QString &text, int at);
+inline bool isPrintable(const QString &text, int at)
+{
+    const ushort unit = text.at(at).unicode();
+    return (unit >= ' ' && unit < 0x7F) || isPrintableBeyondAscii(text, at);
+}
 
 } // namespace bench

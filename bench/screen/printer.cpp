@@ -178,6 +178,13 @@ QString frameName(bool fromBox, quint8 dataType)
     return fromBox ? inboundName(dataType) : outboundName(dataType);
 }
 
+// A column of its own for the number would be empty in most rows.
+QString csvName(bool fromBox, quint8 dataType)
+{
+    const QString name = frameName(fromBox, dataType);
+    return name == QLatin1String("unknown") ? hexByte(dataType) : name;
+}
+
 void appendItem(std::string *line, bool fromBox, const LineItem &item)
 {
     if (!isFrame(item)) {
@@ -316,7 +323,7 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
     case Csv:
         beginRow(seconds, fromBox ? "box" : "host", kindName(item.kind));
         if (isFrame(item))
-            append(&mLine, frameName(fromBox, item.dataType));
+            append(&mLine, csvName(fromBox, item.dataType));
         mLine += ',';
         appendHex(&mLine, item.bytes);
         mLine += ',';

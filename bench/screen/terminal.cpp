@@ -34,7 +34,7 @@ void giveBack(int number)
 {
     [[maybe_unused]] const ssize_t count = write(STDOUT_FILENO, kLeave, sizeof kLeave - 1);
     tcsetattr(STDIN_FILENO, TCSANOW, &theBefore);
-    raise(number); // Its default action is in place again.
+    static_cast<void>(raise(number)); // Its default action is in place again.
 }
 
 const char *escape(ScreenLine::Style style)
@@ -99,7 +99,8 @@ Terminal::~Terminal()
 bool Terminal::isAvailable()
 {
     const QByteArray kind = qgetenv("TERM");
-    return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) && !kind.isEmpty() && kind != "dumb";
+    return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0 && !kind.isEmpty() &&
+           kind != "dumb";
 }
 
 QSize Terminal::size() const
@@ -138,7 +139,7 @@ void Terminal::stop()
     sigset_t stopping;
     sigemptyset(&stopping);
     sigaddset(&stopping, SIGTSTP);
-    raise(SIGTSTP);
+    static_cast<void>(raise(SIGTSTP));
     pthread_sigmask(SIG_UNBLOCK, &stopping, nullptr); // Stops here, where there is a shell.
     pthread_sigmask(SIG_BLOCK, &stopping, nullptr);
     enter();

@@ -35,8 +35,7 @@ constexpr ViewKey kKeys[] = {
     {'n', "next ambient colour", "call car_setting ambient_colour next"},
     {'u', "temperature unit", "call unit temperature"},
     {'p', "pressure unit", "call unit pressure"},
-    {'m', "report station and clock",
-     "call source FM1 0 87.50MHz\ncall clock 2025-06-15 10:30"},
+    {'m', "report station and clock", "call source FM1 0 87.50MHz\ncall clock 2025-06-15 10:30"},
     {'v', "ask for every report",
      "call request climate\ncall request park_assist\ncall request vehicle_info\n"
      "call request car_setting\ncall request unit_settings"},

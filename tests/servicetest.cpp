@@ -1,4 +1,4 @@
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 #include <QLoggingCategory>
 
@@ -6,32 +6,38 @@ ServiceTest::ServiceTest()
 {
     QObject::connect(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::written,
                      &service, [this](const QByteArray &bytes, bool flag, bool) {
-                         journal << QString::fromLatin1(bytes.toHex()) +
-                                        QLatin1String(flag ? " !" : "");
+                         note(QString::fromLatin1(bytes.toHex()) + QLatin1String(flag ? " !" : ""));
                      });
-    const auto note = [this](const char *name) {
-        return [this, name] { journal << QString::fromLatin1(name); };
-    };
     using Base = CanServiceBase;
     QObject::connect(&service, &Base::notifyCanbusStatus, [this](int status) {
-        journal << QStringLiteral("notifyCanbusStatus %1").arg(status);
+        note(QStringLiteral("notifyCanbusStatus %1").arg(status));
     });
     QObject::connect(&service, &Base::keyEvent, [this](int key, int state, bool fromSwc) {
-        journal << QStringLiteral("keyEvent %1 %2 %3")
-                       .arg(key)
-                       .arg(state)
-                       .arg(QLatin1String(fromSwc ? "true" : "false"));
+        note(QStringLiteral("keyEvent %1 %2 %3")
+                 .arg(key)
+                 .arg(state)
+                 .arg(QLatin1String(fromSwc ? "true" : "false")));
     });
-    QObject::connect(&service, &Base::sigVersionData, note("sigVersionData"));
-    QObject::connect(&service, &Base::acStatusChanged, note("acStatusChanged"));
-    QObject::connect(&service, &Base::sigRadarChanged, note("sigRadarChanged"));
-    QObject::connect(&service, &Base::doorChanged, note("doorChanged"));
-    QObject::connect(&service, &Base::drivingDataChanged, note("drivingDataChanged"));
-    QObject::connect(&service, &Base::tireDataChanged, note("tireDataChanged"));
-    QObject::connect(&service, &Base::tireAlert, note("tireAlert"));
-    QObject::connect(&service, &Base::batteryVoltageChange, note("batteryVoltageChange"));
-    QObject::connect(&service, &Base::sigAmbientChanged, note("sigAmbientChanged"));
-    QObject::connect(&service, &Base::unitDataChanged, note("unitDataChanged"));
+    const auto noted = [this](const char *name) {
+        return [this, name] { note(QString::fromLatin1(name)); };
+    };
+    QObject::connect(&service, &Base::sigVersionData, noted("sigVersionData"));
+    QObject::connect(&service, &Base::acStatusChanged, noted("acStatusChanged"));
+    QObject::connect(&service, &Base::sigRadarChanged, noted("sigRadarChanged"));
+    QObject::connect(&service, &Base::doorChanged, noted("doorChanged"));
+    QObject::connect(&service, &Base::drivingDataChanged, noted("drivingDataChanged"));
+    QObject::connect(&service, &Base::tireDataChanged, noted("tireDataChanged"));
+    QObject::connect(&service, &Base::tireAlert, noted("tireAlert"));
+    QObject::connect(&service, &Base::batteryVoltageChange, noted("batteryVoltageChange"));
+    QObject::connect(&service, &Base::sigAmbientChanged, noted("sigAmbientChanged"));
+    QObject::connect(&service, &Base::unitDataChanged, noted("unitDataChanged"));
+}
+
+void ServiceTest::note(const QString &event)
+{
+    journal << event;
+    if (afterEvent)
+        afterEvent();
 }
 
 void ServiceTest::receive(const QByteArray &bytes)
