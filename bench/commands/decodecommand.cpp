@@ -1,11 +1,43 @@
 #include "bench/commands/commandline.h"
 #include "bench/headunit/pluginfile.h"
 #include "bench/recording/decoder.h"
+#include "bench/screen/output.h"
 #include "bench/screen/printer.h"
+#include "bench/screen/progress.h"
 
 #include <QLoggingCategory>
 
+#include <optional>
+#include <unistd.h>
+
 namespace bench {
+
+namespace {
+
+// Shows how far it is, unless the lines themselves are on the terminal.
+class DecodeProgress
+{
+public:
+    explicit DecodeProgress(const TraceReader &trace)
+        : mTrace(trace)
+        , mVisible(mProgress.isVisible() && !isatty(STDOUT_FILENO) && trace.progress() >= 0)
+    {
+    }
+    void lineRead()
+    {
+        constexpr int kLines = 4096; // Some milliseconds.
+        if (mVisible && ++mLines % kLines == 0)
+            mProgress.showShare(mTrace.progress());
+    }
+
+private:
+    const TraceReader &mTrace;
+    Progress mProgress;
+    const bool mVisible;
+    int mLines = 0;
+};
+
+} // namespace
 
 int decodeCommand(const QStringList &arguments)
 {
@@ -56,17 +88,23 @@ int decodeCommand(const QStringList &arguments)
                     : line.isSet("csv") ? Printer::Csv
                                         : Printer::Text);
     printer.setTerse(printer.format() == Printer::Text);
+    printer.setLive(false);
     QObject::connect(&decoder, &TraceDecoder::item, [&](bool fromBox, const LineItem &item) {
         printer.print(fromBox, item, decoder.seconds());
     });
     QObject::connect(&decoder, &TraceDecoder::happened,
                      [&](const Event &event) { printer.print(event, decoder.state()); });
+    std::optional<DecodeProgress> progress(trace);
     TraceLine chunk;
     for (bool isFirst = true; trace.next(&chunk); isFirst = false) {
         if (isFirst)
             printer.setOrigin(chunk.time);
         decoder.feed(chunk);
+        progress->lineRead();
+        if (trace.isWaiting())
+            standardOutput().flush();
     }
+    progress.reset();
     decoder.finish();
     printer.print(decoder.summary(), decoder.seconds());
     if (!trace.note().isEmpty())

@@ -28,11 +28,13 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     const int code = run.finish(result == Runner::Passed  ? Done
                                 : result == Runner::Unmet ? ExpectationFailed
                                                           : Failed);
+    const QString file = runner.file().isEmpty() ? name : runner.file();
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
     QVector<QPair<const char *, Value>> members{
         {"scenario", name}, {"result", outcome}, {"expectationsMet", runner.expectationsMet()}};
     if (result != Runner::Passed)
-        members += {{"line", runner.line()},
+        members += {{"file", file},
+                    {"line", runner.line()},
                     {"expected", runner.expected()},
                     {"actual", runner.actual()},
                     {"failure", runner.failure()}};
@@ -44,7 +46,7 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                           members);
     if (result != Runner::Passed)
         standardError().line(
-            QStringLiteral("%1:%2: %3").arg(name).arg(runner.line()).arg(runner.failure()));
+            QStringLiteral("%1:%2: %3").arg(file).arg(runner.line()).arg(runner.failure()));
     return code;
 }
 

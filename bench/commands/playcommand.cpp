@@ -61,7 +61,7 @@ int playCommand(const QStringList &arguments)
     const QString problem = readScenarioFile(file, &text);
     if (!problem.isEmpty())
         return fail(problem);
-    const Scenario scenario = parseScenario(text);
+    const Scenario scenario = parseScenario(text, file, readScenarioFile);
     if (!scenario.mistakes.isEmpty())
         return complainAbout(file, scenario.mistakes);
     if (!expectsAnything(scenario))

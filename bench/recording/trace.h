@@ -31,6 +31,7 @@ struct TraceCar
 
 constexpr int kMaxTraceBytes = 4096;
 constexpr int kMaxTracePort = 255;
+constexpr int kMaxTraceText = 2 * kMaxTraceBytes + kMaxTracePort + 32;
 
 /// The line with its line end.
 QByteArray traceText(const TraceLine &line);
@@ -55,6 +56,10 @@ public:
     /// such as a pipe.
     bool rewind();
 
+    /// Whether the next line may be still to come, from a pipe.
+    bool isWaiting() const { return mFile.isSequential() && mFile.bytesAvailable() == 0; }
+    /// How much of the file is read, 0 to 1; -1 for a pipe.
+    double progress() const;
     /// `FILE:LINE: ...`; empty while all is well.
     QString problem() const { return mProblem; }
     /// What is strange and yet can be read; empty for nothing.
@@ -65,11 +70,14 @@ public:
 private:
     bool read(TraceLine *line);
     void readComment(const QByteArray &text);
-    bool readText(QByteArray *text);
+    bool readText();
     bool fail(const QString &what);
 
     const QString mName;
     QFile mFile;
+    char mText[kMaxTraceText +
+               3]; ///< A line: one byte more than a good one, its end, and Qt's mark.
+    qint64 mSize = 0;
     std::optional<TraceLine> mAhead; ///< The first line, read with what is before it.
     std::optional<TraceCar> mCar;
     qint64 mNumber = 0;      ///< Of the latest line, counted from 1.

@@ -1,13 +1,17 @@
 // JSON for programs that read line by line.
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 #include <QVariant>
 
+#include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace bench {
+
+/// A number of tenths, hundredths, ... with as many places behind the point.
+void appendDecimal(std::string *text, qint64 number, int places);
 
 /// One object on one line of JSON, built in memory that is used again for the next.
 ///
@@ -21,9 +25,9 @@ class JsonLine
 public:
     JsonLine &begin();
     /// \returns the whole line with its line end, until the next begin().
-    const QByteArray &end();
+    std::string_view end();
 
-    JsonLine &key(const char *name);
+    JsonLine &key(std::string_view name); ///< A name of ours: ASCII without quotes.
     JsonLine &value(bool value);
     JsonLine &value(qint64 value);
     JsonLine &value(float value); ///< The shortest number that is this float, as 21.6.
@@ -53,7 +57,7 @@ public:
 private:
     void separate();
 
-    QByteArray mBytes;
+    std::string mBytes;
 };
 
 } // namespace bench
