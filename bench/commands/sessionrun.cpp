@@ -45,11 +45,18 @@ QString pluginFile(const SessionOptions &options)
 SessionRun::SessionRun(const RunOptions &options)
     : mOptions(options)
     , mSession(options.session)
-    , mPrinter(options.format)
+    , mChannel(Stage(mSession))
+    , mPrinter(printerFor(options.control, options.format))
+    , mEventPrinter(Printer::Json, [this](const QByteArray &json) { mChannel.publish(json); })
 {
     mPrinter.setTerse(options.terse);
-    mPrinter.setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 -
-                       mSession.clock().microseconds());
+    for (Printer *printer : {&mPrinter, &mEventPrinter})
+        printer->setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 -
+                           mSession.clock().microseconds());
+    QObject::connect(&mSession, &Session::happened, &mChannel, [this](const Event &event) {
+        if (mChannel.hasListeners())
+            mEventPrinter.print(event, mSession.state());
+    });
     if (mSession.boxEnd())
         mWitness = std::make_unique<Witness>(&mSession);
 }
