@@ -1,4 +1,5 @@
 #include "bench/commands/commandline.h"
+#include "bench/language/closestname.h"
 #include "bench/recording/export.h"
 #include "bench/recording/outputfile.h"
 #include "bench/screen/output.h"
@@ -54,7 +55,13 @@ int exportCommand(const QStringList &arguments)
     if (file.isEmpty())
         return line.complain("name the trace to export");
     if (!format)
-        return line.complain("--format needs candump or pcapng");
+        return line.complain(
+            QStringLiteral("--format needs candump or pcapng%1")
+                .arg(line.isSet("format")
+                         ? QStringLiteral(", not '%1'%2")
+                               .arg(line.value("format"),
+                                    didYouMean(line.value("format"), {"candump", "pcapng"}))
+                         : QString()));
     if (output == "-" && !format->isText && isatty(STDOUT_FILENO))
         return line.complain("pcapng is no text for a terminal; give -o OUT");
 

@@ -83,17 +83,6 @@ void appendField(std::string *line, const QString &text)
         *line += csvField(text).toStdString();
 }
 
-// A switch is 0 or 1.
-void appendField(std::string *line, const Value &value)
-{
-    if (isText(value))
-        appendField(line, std::get<QString>(value));
-    else if (isSwitch(value))
-        *line += std::get<bool>(value) ? '1' : '0';
-    else
-        append(line, plainText(value));
-}
-
 void appendChanges(std::string *line, const QVector<Change> &changes)
 {
     for (const Change &change : changes) {
@@ -210,6 +199,23 @@ void add(JsonLine &json, const Value &value)
     std::visit([&json](const auto &content) { json.value(content); }, value);
 }
 
+void add(JsonLine &json, const Reading &reading)
+{
+    if (reading.value)
+        add(json, *reading.value);
+    else
+        json.value(QVariant());
+}
+
+// A switch is 0 or 1, and no reading is an empty field.
+QString fieldText(const Reading &reading)
+{
+    if (!reading.value)
+        return {};
+    return isSwitch(*reading.value) ? QString::number(numberOf(*reading.value))
+                                    : plainText(*reading.value);
+}
+
 void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
 {
     json.key(name).beginObject().key("frames").beginObject();
@@ -269,7 +275,7 @@ QString eventLine(const Event &event, const StateWatch &state)
 
 void Printer::put(std::string_view lines)
 {
-    standardOutput().bytes(lines);
+    putBytes(lines);
     if (mLive)
         standardOutput().flush(); // Whoever reads the pipe follows.
 }
@@ -279,6 +285,14 @@ void Printer::put(const QString &line)
     mLine.clear();
     append(&mLine, line);
     put(mLine += '\n');
+}
+
+void Printer::putBytes(std::string_view lines)
+{
+    if (mSink)
+        mSink(QByteArray(lines.data(), static_cast<int>(lines.size())));
+    else
+        standardOutput().bytes(lines);
 }
 
 // Code 3 comes with every frame.
@@ -326,7 +340,7 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
             append(&mLine, csvName(fromBox, item.dataType));
         mLine += ',';
         appendHex(&mLine, item.bytes);
-        mLine += ',';
+        mLine += ",hex";
         endRow();
         break;
     }
@@ -363,7 +377,7 @@ void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
     if (item.kind == LineItem::BadChecksum)
         mJson.member("received", typeText(item.received).c_str())
             .member("expected", typeText(item.expected).c_str());
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::printJson(const Event &event)
@@ -374,12 +388,13 @@ void Printer::printJson(const Event &event)
     mJson.endArray().key("changes").beginObject();
     for (const Change &change : event.changes) {
         const Getter &row = getter(change.getter);
-        add(mJson.key(row.name).beginObject().key("value"), change.after);
-        add(mJson.key("before"), change.before);
-        if (row.words.count > 0)
+        const Reading after = row.reading(change.after, change.unitAfter);
+        add(mJson.key(row.name).beginObject().key("value"), after);
+        add(mJson.key("before"), row.reading(change.before, change.unitBefore));
+        if (row.words.count > 0 || row.isQuantity())
             mJson.member("text", change.afterText());
-        if (!change.unitAfter.isEmpty())
-            mJson.member("unit", change.unitAfter);
+        if (!after.unit.isEmpty())
+            mJson.member("unit", after.unit);
         mJson.endObject();
     }
     put(mJson.endObject().end());
@@ -401,7 +416,7 @@ void Printer::beginRow(double seconds, const char *source, const char *kind)
     mLine += ',';
 }
 
-void Printer::endRow() { standardOutput().bytes(mLine += '\n'); }
+void Printer::endRow() { putBytes(mLine += '\n'); }
 
 void Printer::printCsv(const Event &event)
 {
@@ -413,13 +428,31 @@ void Printer::printCsv(const Event &event)
     mLine += ',';
     endRow();
     for (const Change &change : event.changes) {
+        const Getter &row = getter(change.getter);
+        const Reading after = row.reading(change.after, change.unitAfter);
         beginRow(event.seconds, "service", "value");
-        mLine += getter(change.getter).name;
+        mLine += row.name;
         mLine += ',';
-        appendField(&mLine, change.after);
+        appendField(&mLine, fieldText(after));
         mLine += ',';
-        appendField(&mLine, change.unitAfter);
+        appendField(&mLine, after.unit);
         endRow();
+    }
+}
+
+void Printer::note(double seconds, const char *source, const QString &text,
+                   const QVector<QPair<const char *, Value>> &members)
+{
+    if (mFormat == Text) {
+        mLine.clear();
+        appendTime(&mLine, seconds);
+        append(&mLine, QStringLiteral("%1 %2").arg(QLatin1String(source), -6).arg(text));
+        put(mLine += '\n');
+    } else if (mFormat == Json) {
+        beginJson(seconds).member("event", source);
+        for (const auto &member : members)
+            add(mJson.key(member.first), member.second);
+        putBytes(mJson.end());
     }
 }
 
@@ -428,7 +461,7 @@ void Printer::heading(const QString &text, double seconds)
     if (mFormat == Text)
         return put(std::string_view("\n")), put(QStringLiteral("-- ") + text);
     if (mFormat == Json)
-        standardOutput().bytes(beginJson(seconds).member("say", text).end());
+        putBytes(beginJson(seconds).member("say", text).end());
 }
 
 void Printer::outcome(const QString &text, const QVector<QPair<const char *, Value>> &members)
@@ -438,7 +471,7 @@ void Printer::outcome(const QString &text, const QVector<QPair<const char *, Val
     mJson.begin();
     for (const auto &member : members)
         add(mJson.key(member.first), member.second);
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::print(const Summary &summary, double seconds)
@@ -459,7 +492,7 @@ void Printer::print(const char *name, const QVector<QPair<QString, qint64>> &cou
         mJson.begin().key(name).beginObject();
         for (const auto &row : counts)
             mJson.member(row.first.toUtf8().constData(), row.second);
-        standardOutput().bytes(mJson.endObject().end());
+        putBytes(mJson.endObject().end());
     }
 }
 
@@ -500,7 +533,7 @@ void Printer::printJson(const Summary &summary, double seconds)
     mJson.member("droppedWrites", summary.droppedWrites).key("events").beginObject();
     for (auto row = summary.events.cbegin(); row != summary.events.cend(); ++row)
         mJson.member(row.key().toLatin1().constData(), row.value());
-    standardOutput().bytes(mJson.endObject().endObject().end());
+    putBytes(mJson.endObject().endObject().end());
 }
 
 } // namespace bench
