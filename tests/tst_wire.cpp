@@ -59,6 +59,19 @@ struct HeadUnit
         return values;
     }
 
+    /// The getters that have changed behind the watch's back.
+    QStringList unannounced()
+    {
+        QStringList names;
+        for (int index = 0; index < getterCount(); ++index) {
+            const Getter &row = getter(index);
+            if (!(row.read(*host.service()) == watch.value(index)) ||
+                row.textOf(*host.service()) != watch.text(row.name))
+                names += QLatin1String(row.name);
+        }
+        return names;
+    }
+
     PluginHost host;
     StateWatch watch;
     int announced = 0; ///< Signals but the link's.
@@ -132,6 +145,7 @@ private slots:
                 const QVector<Value> before = unit.readAll();
                 unit.receive(report.type, payload);
                 const QVector<Value> after = unit.readAll();
+                QCOMPARE(unit.unannounced(), QStringList());
                 const PayloadWire wire(report.type, payload, carModel);
                 for (int index = 0; index < getterCount(); ++index) {
                     const Getter &row = getter(index);
@@ -167,11 +181,7 @@ private slots:
             if (report.type == Inbound::UnitSettings)
                 payload[0] = round % 2 == 0 ? '\x70' : '\x72';
             unit.receive(report.type, payload);
-            for (int index = 0; index < getterCount(); ++index) {
-                const Getter &row = getter(index);
-                QVERIFY2(row.read(*unit.host.service()) == unit.watch.value(index), row.name);
-                QCOMPARE(unit.watch.text(row.name), row.textOf(*unit.host.service()));
-            }
+            QCOMPARE(unit.unannounced(), QStringList());
         }
         QVERIFY(unit.announced > 0);
         QVERIFY(unit.changes > 0 || report.strokes);
