@@ -230,7 +230,8 @@ private slots:
         QCOMPARE(printable(row.text).toUtf8(), row.shown);
         QCOMPARE(csvField(row.text), row.field);
         JsonLine line;
-        QCOMPARE(line.begin().member("t", row.text).end(), "{\"t\":" + row.json + "}\n");
+        QCOMPARE(QByteArray::fromStdString(line.begin().member("t", row.text).end()),
+                 "{\"t\":" + row.json + "}\n");
     }
 
     void showsBytesThatAreNoText()
@@ -253,7 +254,7 @@ private slots:
             line.endObject().key("list").beginArray().value(QVariant()).value(nan);
             line.value(QVariant(0.1)).value(QVariant("x")).value(QVariant(false)).endArray();
             line.key("none").beginArray().endArray();
-            QCOMPARE(line.end(),
+            QCOMPARE(QByteArray::fromStdString(line.end()),
                      QByteArray("{\"time\":-1.000001,\"on\":true,\"n\":255,\"changes\":{\"a\\\"b\":"
                                 "21.6,\"c\":\"[\"},\"list\":[null,null,0.1,\"x\",false],"
                                 "\"none\":[]}\n"));
