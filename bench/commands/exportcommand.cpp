@@ -1,5 +1,8 @@
+#include "bench/recording/htmlexport.h"
 #include "commandline.h"
 #include "export.h"
+
+#include <QFileInfo>
 
 #include <unistd.h>
 
@@ -10,13 +13,14 @@ namespace {
 struct Format
 {
     const char *name;
-    QString (*write)(TraceReader &trace, QIODevice &out);
+    QString (*write)(TraceReader &trace, QIODevice &out, const HtmlOptions &options);
     bool isText;
 };
 
 constexpr Format kFormats[] = {
-    {"candump", exportCandump, true},
-    {"pcapng", exportPcapng, false},
+    {"candump", [](auto &trace, auto &out, auto &) { return exportCandump(trace, out); }, true},
+    {"pcapng", [](auto &trace, auto &out, auto &) { return exportPcapng(trace, out); }, false},
+    {"html", exportHtml, true},
 };
 
 const Format *findFormat(const QString &name)
@@ -32,26 +36,34 @@ const Format *findFormat(const QString &name)
 int exportCommand(const QStringList &arguments)
 {
     CommandLine line(
-        "export", "--format candump|pcapng [-o OUT] FILE",
+        "export", "--format candump|pcapng|html [-o OUT] FILE",
         "Writes the trace FILE for other tools; - is the standard input. candump: a log of\n"
         "CAN frames of up to 8 bytes each; the identifier tells the direction and where a\n"
         "chunk begins (100, 101 from the box, 200, 201 to it). pcapng: a packet for each\n"
-        "chunk, with its direction, link type USER0.",
+        "chunk, with its direction, link type USER0. html: one page of plots for a browser,\n"
+        "with what the plug-in makes of the recording.",
         "canbench export --format candump trip.trace | log2asc canbox\n"
-        "canbench export --format pcapng -o trip.pcapng trip.trace");
+        "canbench export --format pcapng -o trip.pcapng trip.trace\n"
+        "canbench export --format html -o trip.html trip.trace");
     line.addOptions({
-        {"format", "candump or pcapng.", "FORMAT"},
+        {"format", "candump, pcapng or html.", "FORMAT"},
         {{"o", "output"}, "Write to OUT instead of the standard output.", "OUT"},
+        {"plugin", "For html: load FILE instead of the plug-in of this build.", "FILE"},
+        {"model", "For html: the car model that was selected in the head unit (default 1).", "ID"},
     });
     if (const auto code = line.read(arguments, 1))
         return *code;
     const QString file = line.positionalArguments().value(0);
     const QString output = line.value("output");
     const Format *format = findFormat(line.value("format"));
+    const HtmlOptions options{QFileInfo(file).fileName(), line.value("plugin"),
+                              line.number("model", 1, -32768, 65535)};
+    if (line.isWrong())
+        return WrongUsage;
     if (file.isEmpty())
         return line.complain("name the trace to export");
     if (!format)
-        return line.complain("--format needs candump or pcapng");
+        return line.complain("--format needs candump, pcapng or html");
     if (output.isEmpty() && !format->isText && isatty(STDOUT_FILENO))
         return line.complain("pcapng is no text for a terminal; give -o OUT");
 
@@ -62,7 +74,7 @@ int exportCommand(const QStringList &arguments)
     if (!(output.isEmpty() ? out.open(stdout, QIODevice::WriteOnly)
                            : out.open(QIODevice::WriteOnly | QIODevice::Truncate)))
         return fail(QStringLiteral("%1: %2").arg(output, out.errorString()));
-    QString problem = format->write(trace, out);
+    QString problem = format->write(trace, out, options);
     if (problem.isEmpty() && !out.flush())
         problem = out.errorString();
     if (!problem.isEmpty())

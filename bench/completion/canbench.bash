@@ -19,7 +19,7 @@ _canbench()
         COMPREPLY=($(compgen -f -- "${word:-/dev/tty}"))
         return ;;
     --format)
-        COMPREPLY=($(compgen -W "candump pcapng" -- "$word"))
+        COMPREPLY=($(compgen -W "candump pcapng html" -- "$word"))
         return ;;
     --set)
         compopt -o nospace
