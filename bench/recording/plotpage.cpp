@@ -171,7 +171,7 @@ QByteArray joinedPage()
 void PlotPage::chunk(qint64 time, const QByteArray &port, bool fromBox, int bytes)
 {
     constexpr int kMostPorts = 16;
-    mSpan = qMax(mSpan, time);
+    time = reach(time);
     if (!mPorts.contains(port) && mPorts.size() < kMostPorts)
         mPorts.append(port);
     (fromBox ? mFromBox : mToBox).add(time, bytes);
@@ -179,6 +179,7 @@ void PlotPage::chunk(qint64 time, const QByteArray &port, bool fromBox, int byte
 
 void PlotPage::item(qint64 time, bool fromBox, const LineItem &item)
 {
+    time = reach(time);
     switch (item.kind) {
     case LineItem::Frame:
     case LineItem::BadChecksum:
@@ -229,7 +230,7 @@ void PlotPage::countFrame(qint64 time, bool fromBox, const LineItem &item)
 
 void PlotPage::signal(qint64 time, const QString &name, const QVariantList &arguments)
 {
-    mSpan = qMax(mSpan, time);
+    time = reach(time);
     if (name == QLatin1String("notifyCanbusStatus")) {
         link(time, arguments.value(0).toInt()); // Comes with each frame: no mark.
         return;
@@ -267,12 +268,12 @@ void PlotPage::value(qint64 time, const QString &name, const PlotValue &value)
     constexpr const char *kKinds[] = {"switch", "number", "text"};
     const double none = std::nan("");
     const bool hasNumber = value.kind != PlotValue::Text && !std::isnan(value.number);
-    mSpan = qMax(mSpan, time);
+    time = reach(time);
     const int present = mPresent.value(name, -1);
     int now = present;
     if (present >= 0 && !mPlots.at(present).hasNumber && value.kind == PlotValue::Number)
         mPlots[present].unit = value.unit;
-    else if (hasNumber || present < 0)
+    else if (present < 0 || (hasNumber && mPlots.at(present).unit != value.unit))
         now = plot(name, value.unit, kKinds[value.kind]);
     if (present >= 0 && now != present)
         mPlots[present].series.add({time, none, QStringLiteral("in ") + value.unit});
@@ -290,6 +291,12 @@ int PlotPage::plot(const QString &name, const QString &unit, const char *kind)
     const bool isOther = mPresent.contains(name);
     mPlots.append({isOther ? name + QStringLiteral(" in ") + unit : name, name, unit, kind, {}});
     return mPlots.size() - 1;
+}
+
+qint64 PlotPage::reach(qint64 time)
+{
+    mSpan = qMax(mSpan, time);
+    return mSpan;
 }
 
 void PlotPage::mark(MarkKind kind, qint64 time, const QString &text)

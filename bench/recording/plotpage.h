@@ -23,7 +23,8 @@ struct PlotValue
 };
 
 /// Is told of a recording in the order of time, in memory that does not grow with it, and writes
-/// the page. Times are microseconds since the recording's first line.
+/// the page. Times are microseconds since the recording's first line; an earlier one than the
+/// latest counts as the latest.
 class PlotPage
 {
 public:
@@ -67,6 +68,7 @@ private:
 
     enum MarkKind { BadChecksum, GivenUp, Noise, BadReceipt, LinkLost, Resent, kMarkKinds };
 
+    qint64 reach(qint64 time); ///< \returns the time, or the latest one.
     void mark(MarkKind kind, qint64 time, const QString &text);
     void countFrame(qint64 time, bool fromBox, const LineItem &item);
     void link(qint64 time, int code);
