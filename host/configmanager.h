@@ -7,13 +7,15 @@
 
 namespace canservice {
 
+/// What the host knows of its own installation.
 class CANSERVICE_EXPORT ConfigManager
 {
 public:
-    static ConfigManager *instance();
+    static ConfigManager *instance(); ///< The one of the process.
 
-    /// The file that the running service was loaded from.
+    /// The file that the running service was loaded from, empty by default. A service only logs it.
     QString getPluginFullPath();
+    /// Tells the file that the running service was loaded from.
     void setPluginFullPath(const QString &path);
 
 private:

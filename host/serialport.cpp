@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSerialPort>
 
 #include <algorithm>
 #include <cerrno>
@@ -79,14 +80,15 @@ SerialMonitor *SerialMonitor::instance()
 
 SerialPort::SerialPort(QObject *parent)
     : QObject(parent)
+    , mDevice(std::make_unique<QSerialPort>())
 {
-    mDevice.setDataBits(QSerialPort::Data8);
-    mDevice.setParity(QSerialPort::NoParity);
-    mDevice.setStopBits(QSerialPort::OneStop);
-    mDevice.setFlowControl(QSerialPort::NoFlowControl);
-    connect(&mDevice, &QSerialPort::readyRead, this, &SerialPort::onReadyRead);
+    mDevice->setDataBits(QSerialPort::Data8);
+    mDevice->setParity(QSerialPort::NoParity);
+    mDevice->setStopBits(QSerialPort::OneStop);
+    mDevice->setFlowControl(QSerialPort::NoFlowControl);
+    connect(mDevice.get(), &QSerialPort::readyRead, this, &SerialPort::onReadyRead);
     // Queued: most errors come out of a socket notifier that close() deletes.
-    connect(&mDevice, &QSerialPort::errorOccurred, this, &SerialPort::onError,
+    connect(mDevice.get(), &QSerialPort::errorOccurred, this, &SerialPort::onError,
             Qt::QueuedConnection);
     mRetryTmr.setInterval(kRetryInterval);
     connect(&mRetryTmr, &QTimer::timeout, this, &SerialPort::retry);
@@ -101,7 +103,7 @@ QString SerialPort::defaultDevice() { return theDefaultDevice(); }
 bool SerialPort::open(QString device, int baudRate)
 {
     mRetryTmr.stop();
-    mDevice.close();
+    mDevice->close();
     if (device.isEmpty())
         device = defaultDevice();
     if (device.isEmpty()) {
@@ -109,14 +111,14 @@ bool SerialPort::open(QString device, int baudRate)
         return false;
     }
     mPath = QDir(QStringLiteral("/dev")).absoluteFilePath(device);
-    if (!mDevice.setBaudRate(baudRate)) {
+    if (!mDevice->setBaudRate(baudRate)) {
         qWarning("Serial device %s: %d baud is no speed; give a positive one, such as 38400.",
                  qUtf8Printable(mPath), baudRate);
         return false;
     }
     if (tryOpen())
         return true;
-    reportFailure(whyNotOpen(mPath, mDevice));
+    reportFailure(whyNotOpen(mPath, *mDevice));
     return false;
 }
 
@@ -127,10 +129,10 @@ bool SerialPort::tryOpen()
     const QString target = QFileInfo(mPath).canonicalFilePath();
     if (target.isEmpty())
         return false;
-    mDevice.setPortName(target);
-    if (!mDevice.open(QIODevice::ReadWrite))
+    mDevice->setPortName(target);
+    if (!mDevice->open(QIODevice::ReadWrite))
         return false;
-    mDevice.clear(QSerialPort::Input);
+    mDevice->clear(QSerialPort::Input);
     mStalled = false;
     emit SerialMonitor::instance()->connectionChanged(
         true, QStringLiteral("Serial device %1 is open.").arg(mPath));
@@ -147,9 +149,9 @@ void SerialPort::retry()
 
 bool SerialPort::writeData(const QByteArray &bytes, bool flag)
 {
-    const qint64 pending = mDevice.bytesToWrite();
+    const qint64 pending = mDevice->bytesToWrite();
     const bool stalled = pending + bytes.size() > kMaxPending;
-    const bool delivered = mDevice.isOpen() && !stalled;
+    const bool delivered = mDevice->isOpen() && !stalled;
     if (stalled && !mStalled)
         qWarning("Serial device %s takes no more bytes: dropping what is sent until it does.",
                  qUtf8Printable(mPath));
@@ -159,10 +161,10 @@ bool SerialPort::writeData(const QByteArray &bytes, bool flag)
         // what the device does not take now, or all of it to find out what is wrong.
         qint64 taken = 0;
         if (pending == 0)
-            taken = std::max<qint64>(
-                0, ::write(mDevice.handle(), bytes.constData(), static_cast<size_t>(bytes.size())));
+            taken = std::max<qint64>(0, ::write(mDevice->handle(), bytes.constData(),
+                                                static_cast<size_t>(bytes.size())));
         if (taken < bytes.size())
-            mDevice.write(bytes.constData() + taken, bytes.size() - taken);
+            mDevice->write(bytes.constData() + taken, bytes.size() - taken);
     }
     emit SerialMonitor::instance()->written(bytes, flag, delivered);
     return delivered;
@@ -170,7 +172,7 @@ bool SerialPort::writeData(const QByteArray &bytes, bool flag)
 
 void SerialPort::onReadyRead()
 {
-    const QByteArray bytes = mDevice.readAll();
+    const QByteArray bytes = mDevice->readAll();
     emit SerialMonitor::instance()->received(bytes);
     emit read(bytes);
 }
@@ -178,10 +180,10 @@ void SerialPort::onReadyRead()
 void SerialPort::onError()
 {
     // A failed open() has been reported, and one error may be signalled more than once.
-    if (!mDevice.isOpen() || mDevice.error() == QSerialPort::NoError)
+    if (!mDevice->isOpen() || mDevice->error() == QSerialPort::NoError)
         return;
     // A terminal that has hung up says so for ever: no event may reach it any more.
-    mDevice.close();
+    mDevice->close();
     // What the system says of a read from a device that is gone would only mislead.
     reportFailure(QStringLiteral("disconnected; plug it in again"));
 }

@@ -5,9 +5,12 @@
 
 #include <QByteArray>
 #include <QObject>
-#include <QSerialPort>
 #include <QString>
 #include <QTimer>
+
+#include <memory>
+
+class QSerialPort;
 
 namespace canservice {
 
@@ -17,12 +20,15 @@ class CANSERVICE_EXPORT SerialMonitor : public QObject
     Q_OBJECT
 
 public:
-    static SerialMonitor *instance();
+    static SerialMonitor *instance(); ///< The one of the process.
 
 signals:
     /// Bytes from the device, before the port's owner sees them.
     void received(const QByteArray &bytes);
-    /// One call of SerialPort::writeData(). \param delivered false when the port dropped the bytes.
+    /// One call of SerialPort::writeData().
+    /// \param bytes what is written.
+    /// \param flag as the caller gave it.
+    /// \param delivered false when the port dropped the bytes.
     void written(const QByteArray &bytes, bool flag, bool delivered);
     /// The device was opened, could not be opened, or was lost; \p message says so in plain words.
     void connectionChanged(bool open, const QString &message);
@@ -37,12 +43,12 @@ class CANSERVICE_EXPORT SerialPort : public QObject
     Q_OBJECT
 
 public:
-    explicit SerialPort(QObject *parent = nullptr);
-    ~SerialPort() override;
+    explicit SerialPort(QObject *parent = nullptr); ///< A closed port.
+    ~SerialPort() override;                         ///< Closes the device.
 
     /// The device that open() takes for an empty name. Empty by default: no device.
     static void setDefaultDevice(const QString &device);
-    static QString defaultDevice();
+    static QString defaultDevice(); ///< The device that open() takes for an empty name.
 
     /// Opens \p device, a path or a name below /dev, and drops what it had received before. A link
     /// is followed at every try.
@@ -55,7 +61,7 @@ public:
     bool writeData(const QByteArray &bytes, bool flag);
 
 signals:
-    void read(QByteArray bytes);
+    void read(QByteArray bytes); ///< Bytes from the device, in chunks of any size.
 
 private:
     bool tryOpen();
@@ -65,9 +71,12 @@ private:
     void reportFailure(const QString &reason);
 
     QString mPath;
-    QSerialPort mDevice;
+    const std::unique_ptr<QSerialPort> mDevice;
     QTimer mRetryTmr;
     bool mStalled = false;
+    // A service holds its port by value, and the library that it meets may be another than the one
+    // that it is built with: room for a port with more members.
+    [[maybe_unused]] void *mRoom[20];
 };
 
 } // namespace canservice

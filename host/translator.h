@@ -5,6 +5,8 @@
 
 #include <QString>
 
+/// The host's texts by number. A service asks for units: 339, 989, 990, 992, 993, 997, 1002, 1006,
+/// 1007.
 class CANSERVICE_EXPORT Translator
 {
 public:

@@ -1,36 +1,14 @@
 #include "bench/recording/htmlexport.h"
 
-#include "bench/host/pluginfile.h"
+#include "bench/headunit/pluginfile.h"
+#include "bench/recording/decoder.h"
 #include "bench/recording/plotpage.h"
-#include "bench/trace/decode.h"
 
 #include <QLoggingCategory>
 
 namespace bench {
 
 namespace {
-
-// Numbers of the getters that stand for words.
-constexpr struct
-{
-    const char *begin; ///< Of the names that they are for.
-    double number;
-    const char *word;
-} kWords[] = {
-    {"climate.left", -100, "low"},   {"climate.left", -101, "high"},
-    {"climate.left", -1, "none"},    {"climate.right", -100, "low"},
-    {"climate.right", -101, "high"}, {"climate.right", -1, "none"},
-    {"radar.", 255, "none"},         {"tyre.", -1, "none"},
-    {"battery.voltage", -1, "none"},
-};
-
-PlotValue number(const QString &name, double number, const QString &unit)
-{
-    for (const auto &row : kWords)
-        if (row.number == number && name.startsWith(QLatin1String(row.begin)))
-            return {PlotValue::Number, std::nan(""), QLatin1String(row.word), unit};
-    return {PlotValue::Number, number, {}, unit};
-}
 
 // The driving data are texts as the host shows them: a number and its unit, or "--".
 PlotValue drivingData(const QString &text)
@@ -45,24 +23,22 @@ PlotValue drivingData(const QString &text)
     return {PlotValue::Number, std::nan(""), QStringLiteral("none"), {}};
 }
 
-PlotValue plotValue(const QString &name, const Snapshot::Value &value)
+// One word stands for a number that is none; more are a choice, but for temperatures.
+PlotValue plotValue(const Getter &row, const Value &value, const QString &unit)
 {
-    switch (value.value.userType()) {
-    case QMetaType::Bool:
-        return {PlotValue::Switch, value.value.toBool() ? 1.0 : 0.0, {}, {}};
-    case QMetaType::QString: {
-        const bool isDrivingData = name.startsWith(QLatin1String("drive.")) &&
-                                   !name.startsWith(QLatin1String("drive.title"));
-        const QString text = value.value.toString();
-        return isDrivingData ? drivingData(text) : PlotValue{PlotValue::Text, 0, text, {}};
-    }
-    case QMetaType::Float: // 12.3, not 12.300000190734863.
-        return number(name, valueText(value.value).toDouble(), value.unit);
-    default:
-        if (name.startsWith(QLatin1String("unit."))) // A setting: the unit is what it says.
-            return {PlotValue::Text, 0, value.text(), {}};
-        return number(name, value.value.toDouble(), value.unit);
-    }
+    const QString text = row.text(value, {});
+    if (isText(value))
+        return qstrncmp(row.name, "drive.title", 11) != 0 && qstrncmp(row.name, "drive.", 6) == 0
+                   ? drivingData(text)
+                   : PlotValue{PlotValue::Text, 0, text, {}};
+    if (isSwitch(value))
+        return {PlotValue::Switch, numberOf(value), text, {}};
+    if (std::holds_alternative<int>(value) && row.words.count > 1)
+        return {PlotValue::Text, 0, text, {}};
+    const QString number = plainText(value); // 12.3, not 12.300000190734863.
+    const bool isWord = number != text;
+    return {PlotValue::Number, isWord ? std::nan("") : number.toDouble(), isWord ? text : QString(),
+            unit};
 }
 
 } // namespace
@@ -70,9 +46,11 @@ PlotValue plotValue(const QString &name, const Snapshot::Value &value)
 QString exportHtml(TraceReader &trace, QIODevice &out, const HtmlOptions &options)
 {
     QLoggingCategory::setFilterRules(QStringLiteral("default=false")); // It speaks of the past.
+    const int recorded = trace.car() ? trace.car()->model : 1;
+    PlotPage::About about{options.title, options.carModel.value_or(recorded), 0};
     TraceDecoder decoder;
     const QString problem = decoder.open(
-        options.plugin.isEmpty() ? defaultPluginFile() : options.plugin, options.carModel);
+        options.plugin.isEmpty() ? defaultPluginFile() : options.plugin, about.carModel);
     if (!problem.isEmpty())
         return problem;
 
@@ -85,25 +63,27 @@ QString exportHtml(TraceReader &trace, QIODevice &out, const HtmlOptions &option
         const qint64 time = microseconds(event.seconds);
         if (event.name != QLatin1String("state")) // No signal: changes that none told of.
             page.signal(time, event.name, event.arguments);
-        for (const Snapshot::Change &change : event.changes) {
-            const QString name = QLatin1String(getter(change.getter).name);
-            page.value(time, name, plotValue(name, change.after));
+        for (const Change &change : event.changes) {
+            const Getter &row = getter(change.getter);
+            if (!row.alias)
+                page.value(time, QLatin1String(row.name),
+                           plotValue(row, change.after, change.unitAfter));
         }
     });
     for (int index = 0; index < getterCount(); ++index) {
-        const QString name = QLatin1String(getter(index).name);
-        page.value(0, name, plotValue(name, decoder.state().at(index)));
+        const Getter &row = getter(index);
+        if (!row.alias)
+            page.value(0, QLatin1String(row.name),
+                       plotValue(row, decoder.state().value(index), decoder.state().unit(index)));
     }
 
-    PlotPage::About about{options.title, options.carModel, 0};
     TraceLine line;
-    for (bool isFirst = true; trace.next(&line); isFirst = false) {
-        if (isFirst)
-            about.start = line.time;
+    while (trace.next(&line)) {
         decoder.feed(line);
         page.chunk(microseconds(decoder.seconds()), line.port, line.fromBox, line.bytes.size());
     }
     decoder.finish();
+    about.start = decoder.origin();
     page.setAbout(about);
     page.setProblem(trace.problem());
     return page.write(out);

@@ -1,17 +1,19 @@
 // A recording as a page of plots, with what the plug-in made of it.
 #pragma once
 
-#include "bench/trace/trace.h"
+#include "bench/recording/trace.h"
 
 #include <QIODevice>
+
+#include <optional>
 
 namespace bench {
 
 struct HtmlOptions
 {
     QString title;
-    QString plugin; ///< Empty: the plug-in of this build.
-    int carModel = 1;
+    QString plugin;              ///< Empty: the plug-in of this build.
+    std::optional<int> carModel; ///< None: the recording's, or 1.
 };
 
 /// Takes the recording through the plug-in and writes the page. A recording that is damaged is

@@ -1,6 +1,6 @@
 #include "bench/recording/plotpage.h"
 
-#include "bench/line/datatypes.h"
+#include "bench/wire/reports.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -29,6 +29,11 @@ QString bytesText(const QByteArray &bytes)
     constexpr int kMost = 24;
     const QString text = QString::fromLatin1(bytes.left(kMost).toHex(' ').toUpper());
     return bytes.size() > kMost ? text + QStringLiteral(" \u2026") : text;
+}
+
+int intAt(const QVector<Value> &arguments, int index)
+{
+    return static_cast<int>(numberOf(arguments.value(index)));
 }
 
 QString nameOf(bool fromBox, quint8 dataType)
@@ -228,18 +233,18 @@ void PlotPage::countFrame(qint64 time, bool fromBox, const LineItem &item)
     mDamaged.erase(damaged);
 }
 
-void PlotPage::signal(qint64 time, const QString &name, const QVariantList &arguments)
+void PlotPage::signal(qint64 time, const QString &name, const QVector<Value> &arguments)
 {
     time = reach(time);
     if (name == QLatin1String("notifyCanbusStatus")) {
-        link(time, arguments.value(0).toInt()); // Comes with each frame: no mark.
+        link(time, intAt(arguments, 0)); // Comes with each frame: no mark.
         return;
     }
     if (name == QLatin1String("keyEvent"))
-        key(time, arguments.value(0).toInt(), arguments.value(1).toInt());
+        key(time, intAt(arguments, 0), intAt(arguments, 1));
     QStringList texts;
-    for (const QVariant &argument : arguments)
-        texts += argument.toString();
+    for (const Value &argument : arguments)
+        texts += plainText(argument);
     mSignals[name].add(time, texts.join(QStringLiteral(", ")));
 }
 
@@ -279,6 +284,8 @@ void PlotPage::value(qint64 time, const QString &name, const PlotValue &value)
         mPlots[present].series.add({time, none, QStringLiteral("in ") + value.unit});
     mPresent.insert(name, now);
     mPlots[now].hasNumber |= hasNumber;
+    if (value.kind == PlotValue::Switch)
+        mPlots[now].words[value.number > 0 ? 1 : 0] = value.word;
     mPlots[now].series.add({time, hasNumber ? value.number : none, value.word});
 }
 
@@ -289,7 +296,12 @@ int PlotPage::plot(const QString &name, const QString &unit, const char *kind)
         if (mPlots.at(index).unit == unit && mPlots.at(index).value == name)
             return index;
     const bool isOther = mPresent.contains(name);
-    mPlots.append({isOther ? name + QStringLiteral(" in ") + unit : name, name, unit, kind, {}});
+    Plot plot;
+    plot.name = isOther ? name + QStringLiteral(" in ") + unit : name;
+    plot.value = name;
+    plot.unit = unit;
+    plot.kind = kind;
+    mPlots.append(plot);
     return mPlots.size() - 1;
 }
 
@@ -362,8 +374,11 @@ QJsonObject PlotPage::json() const
     QJsonArray ports, series;
     for (const QByteArray &port : mPorts)
         ports.append(QString::fromLatin1(port));
-    for (const Plot &plot : mPlots)
-        series.append(seriesJson(plot.name, plot.unit, plot.kind, plot.series));
+    for (const Plot &plot : mPlots) {
+        QJsonObject object = seriesJson(plot.name, plot.unit, plot.kind, plot.series);
+        object.insert(QStringLiteral("words"), QJsonArray{plot.words[0], plot.words[1]});
+        series.append(object);
+    }
     return {{QStringLiteral("title"), mAbout.title},
             {QStringLiteral("model"), mAbout.carModel},
             {QStringLiteral("start"), mAbout.start},

@@ -1,13 +1,13 @@
 // A recording as one page of plots that a browser shows by itself: no network, no other file.
 #pragma once
 
-#include "bench/line/linecutter.h"
+#include "bench/headunit/value.h"
 #include "bench/recording/reduction.h"
+#include "bench/wire/linecutter.h"
 
 #include <QIODevice>
 #include <QJsonObject>
 #include <QMap>
-#include <QVariantList>
 
 namespace bench {
 
@@ -18,7 +18,7 @@ struct PlotValue
 
     Kind kind;
     double number = 0; ///< 0 or 1 of a switch; NaN where a word stands for the number.
-    QString word;      ///< A text, or what stands for a number: "low", "none".
+    QString word;      ///< A text, or what stands for a number: "low", "none", "open".
     QString unit;      ///< Of a number; empty without.
 };
 
@@ -41,7 +41,7 @@ public:
 
     void chunk(qint64 time, const QByteArray &port, bool fromBox, int bytes);
     void item(qint64 time, bool fromBox, const LineItem &item);
-    void signal(qint64 time, const QString &name, const QVariantList &arguments);
+    void signal(qint64 time, const QString &name, const QVector<Value> &arguments);
     /// What \p name is from now on. A value that changes its unit goes on as another one.
     void value(qint64 time, const QString &name, const PlotValue &value);
 
@@ -54,9 +54,10 @@ private:
         QString name;  ///< Of the plot.
         QString value; ///< What it shows; a value has a plot for each of its units.
         QString unit;
-        const char *kind;
+        const char *kind = nullptr;
         Series series;
         bool hasNumber = false; ///< Else its unit may still be unknown.
+        QString words[2];       ///< Of a switch, as far as they came.
     };
 
     struct FrameCount

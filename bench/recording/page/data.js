@@ -48,7 +48,7 @@ function valueWord(series, value) {
   if (typeof value === "string")
     return value;
   if (series.kind === "switch")
-    return value ? "on" : "off";
+    return series.words[value] || (value ? "on" : "off");
   const text = String(Math.round(value * 1e6) / 1e6);
   return series.unit ? text + " " + series.unit : text;
 }
