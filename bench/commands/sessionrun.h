@@ -15,7 +15,8 @@ struct RunOptions
     Printer::Format format = Printer::Text;
     bool terse = false;
     QString trace;      ///< The recording to be made; empty for none.
-    bool force = false; ///< It may replace a file.
+    QString report;     ///< The page of plots to be made; empty for none.
+    bool force = false; ///< They may replace a file.
     QStringList inputs; ///< What the command reads, besides the plug-in.
 };
 

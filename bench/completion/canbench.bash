@@ -11,7 +11,7 @@ _canbench()
         return
     fi
     case $before in
-    --plugin | --trace | --output | -o)
+    --plugin | --trace | --report | --output | -o)
         compopt -o filenames
         COMPREPLY=($(compgen -f -- "$word"))
         return ;;

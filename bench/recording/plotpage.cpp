@@ -20,8 +20,10 @@ constexpr struct
 {
     const char *name, *kind;
 } kMarkRows[] = {
-    {"bad checksum", "fault"}, {"frame given up", "fault"}, {"noise", "fault"},
-    {"bad receipt", "fault"},  {"link lost", "fault"},      {"sent again", "repair"},
+    {"expectation not met", "fault"}, {"bad checksum", "fault"},
+    {"frame given up", "fault"},      {"noise", "fault"},
+    {"bad receipt", "fault"},         {"link lost", "fault"},
+    {"sent again", "repair"},
 };
 
 QString bytesText(const QByteArray &bytes)
@@ -247,6 +249,13 @@ void PlotPage::signal(qint64 time, const QString &name, const QVector<Value> &ar
         texts += plainText(argument);
     mSignals[name].add(time, texts.join(QStringLiteral(", ")));
 }
+
+void PlotPage::say(qint64 time, const QString &text)
+{
+    mSignals[QStringLiteral("scenario")].add(reach(time), text);
+}
+
+void PlotPage::unmet(qint64 time, const QString &text) { mark(Unmet, reach(time), text); }
 
 // Code 3: the box answers; 0: it is lost.
 void PlotPage::link(qint64 time, int code)

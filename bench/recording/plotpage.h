@@ -45,6 +45,11 @@ public:
     /// What \p name is from now on. A value that changes its unit goes on as another one.
     void value(qint64 time, const QString &name, const PlotValue &value);
 
+    /// A heading of a scenario.
+    void say(qint64 time, const QString &text);
+    /// An expectation of a scenario that was not met.
+    void unmet(qint64 time, const QString &text);
+
     /// \returns an empty text, or why \p out took no more.
     QString write(QIODevice &out) const;
 
@@ -67,7 +72,7 @@ private:
         qint64 gap = 0, gapAt = 0; ///< The longest time between two good ones, and its begin.
     };
 
-    enum MarkKind { BadChecksum, GivenUp, Noise, BadReceipt, LinkLost, Resent, kMarkKinds };
+    enum MarkKind { Unmet, BadChecksum, GivenUp, Noise, BadReceipt, LinkLost, Resent, kMarkKinds };
 
     qint64 reach(qint64 time); ///< \returns the time, or the latest one.
     void mark(MarkKind kind, qint64 time, const QString &text);
