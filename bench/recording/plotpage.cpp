@@ -252,7 +252,8 @@ void PlotPage::signal(qint64 time, const QString &name, const QVector<Value> &ar
 
 void PlotPage::say(qint64 time, const QString &text)
 {
-    mSignals[QStringLiteral("scenario")].add(reach(time), text);
+    const int index = plot(QStringLiteral("scenario"), {}, "scenario");
+    mPlots[index].series.add({reach(time), std::nan(""), text});
 }
 
 void PlotPage::unmet(qint64 time, const QString &text) { mark(Unmet, reach(time), text); }

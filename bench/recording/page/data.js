@@ -38,8 +38,9 @@ for (const mark of recording.marks)
   sumUp(mark.t);
 
 const seriesByName = new Map(recording.series.map((series) => [series.name, series]));
-const values = recording.series.filter((series) => series.kind !== "key" && series.kind !== "link");
+const values = recording.series.filter((series) => ["switch", "number", "text"].includes(series.kind));
 const keys = recording.series.filter((series) => series.kind === "key");
+const scenario = recording.series.find((series) => series.kind === "scenario");
 const link = recording.series.find((series) => series.kind === "link");
 
 function valueWord(series, value) {

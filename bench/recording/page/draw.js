@@ -191,9 +191,9 @@ function drawSwitch(context, series, width, height) {
   context.globalAlpha = 1;
 }
 
-function drawText(context, series, width, height) {
+function drawText(context, series, width, height, colour = colourOf(series)) {
   eachStretch(series, width, (value, left, right) =>
-    drawWord(context, valueWord(series, value), left, right, 3, height - 6, colourOf(series)));
+    drawWord(context, valueWord(series, value), left, right, 3, height - 6, colour));
 }
 
 function drawLink(context, width, height) {

@@ -47,6 +47,9 @@ function buildLanes() {
     context.fillStyle = colours.dim;
     outlined(context, String(Math.round(most)), 3, 7);
   }, trafficText);
+  if (scenario)
+    addLane(parent, "scenario", 20, "scenario",
+      (context, width, height) => drawText(context, scenario, width, height, colours.event));
   if (link)
     addLane(parent, "link", 18, "link", (context, width, height) => drawLink(context, width, height),
       (time) => indexAt(link.t, time) < 0 ? "none yet" : link.v[indexAt(link.t, time)] ? "up" : "lost");
