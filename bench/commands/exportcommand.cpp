@@ -22,7 +22,7 @@ struct Format
 constexpr Format kFormats[] = {
     {"candump", [](auto &trace, auto &out, auto &) { return exportCandump(trace, out); }, true},
     {"pcapng", [](auto &trace, auto &out, auto &) { return exportPcapng(trace, out); }, false},
-    {"html", exportHtml, true},
+    {"html", exportHtml, false},
 };
 
 const Format *findFormat(const QString &name)
@@ -72,7 +72,8 @@ int exportCommand(const QStringList &arguments)
     if (!format)
         return line.complain("--format needs candump, pcapng or html");
     if (output == "-" && !format->isText && isatty(STDOUT_FILENO))
-        return line.complain("pcapng is no text for a terminal; give -o OUT");
+        return line.complain(
+            QStringLiteral("%1 is not for a terminal to show; give -o OUT").arg(format->name));
 
     TraceReader trace(file);
     if (!trace.problem().isEmpty())
