@@ -1,5 +1,7 @@
 #include "comparison.h"
 
+#include "bench/wire/reports.h"
+
 #include <QCoreApplication>
 #include <QLoggingCategory>
 
@@ -91,18 +93,14 @@ int randomCar(FuzzedDataProvider &data)
 
 QByteArray randomFrame(FuzzedDataProvider &data)
 {
-    static constexpr struct
-    {
-        quint8 type;
-        size_t size;
-    } kKinds[] = {{0x20, 2}, {0x21, 10}, {0x22, 8}, {0x23, 8},  {0x24, 7},
-                  {0x28, 2}, {0x30, 6},  {0x61, 2}, {0x63, 18}, {0x69, 5}};
-    const size_t kind = data.ConsumeIntegralInRange<size_t>(0, 10);
-    const bool known = kind < std::size(kKinds);
-    const quint8 type = known ? kKinds[kind].type : data.ConsumeIntegral<quint8>();
-    const size_t size = known && data.ConsumeIntegralInRange(0, 7) > 0
-                            ? kKinds[kind].size
-                            : data.ConsumeIntegralInRange<size_t>(0, 255);
+    constexpr int kKinds = static_cast<int>(std::size(bench::kReports));
+    const int kind = data.ConsumeIntegralInRange(0, kKinds); // The last is any type.
+    const bench::Report *report = kind < kKinds ? &bench::kReports[kind] : nullptr;
+    const bool isFit = report && data.ConsumeIntegralInRange(0, 7) > 0;
+    const quint8 type = report ? static_cast<quint8>(report->type) : data.ConsumeIntegral<quint8>();
+    const auto size = static_cast<size_t>(isFit && report->size != bench::kAnySize
+                                              ? report->size
+                                              : data.ConsumeIntegralInRange(0, 255));
     Bytes payload = data.ConsumeBytes<quint8>(size);
     payload.resize(size);
     // Most codes are small numbers.

@@ -3,6 +3,7 @@
 #include "hosttest.h"
 
 #include "bench/language/parser.h"
+#include "bench/screen/viewkeys.h"
 
 using namespace bench;
 
@@ -172,6 +173,21 @@ private slots:
         for (const Mistake &mistake : scenario.mistakes)
             lines += QString::number(mistake.line);
         QCOMPARE(lines.join(' '), QStringLiteral("1 4 5"));
+    }
+
+    // A key that means nothing would only be noticed by who presses it.
+    void keysOfTheLiveViewAreSteps()
+    {
+        QSet<char> keys{'q', '?'};
+        for (const ViewKey &row : viewKeys()) {
+            Scenario scenario;
+            ParseContext context{&scenario, true, row.key != 'X'};
+            for (const QString &step : QString(row.steps).split('\n'))
+                parseLine(step, 1, context);
+            QVERIFY2(scenario.mistakes.isEmpty(), row.steps);
+            QVERIFY2(!scenario.steps.isEmpty() && !keys.contains(row.key), row.help);
+            keys.insert(row.key);
+        }
     }
 
     void comparesValues_data() { addRows(kComparisons); }

@@ -97,16 +97,15 @@ const struct
     const char *name;
     PlayOptions options;
     const char *played;
-    int shortest; // ms
 } kPlays[] = {
-    {"all from the box", {}, "2e6102053c5b002e2407c80000000000000c", 300},
-    {"a window", {1, 1, 0.1, 0.2, true, {}}, "2e2407c8", 100},
+    {"all from the box", {}, "0 2e6102053c, 50 5b00, 150 2e2407c8, 300 0000000000000c"},
+    {"a window", {1, 1, 0.1, 0.2, true, {}}, "50 2e2407c8"},
     {"twice, four times as fast",
      {4, 2, 0, 1, true, {}},
-     "2e6102053c5b002e2407c80000000000000c2e6102053c5b002e2407c80000000000000c",
-     150},
-    {"doors alone", {1, 1, 0, 1, true, {0x24}}, "2e2407c80000000000000c", 300},
-    {"what went to the box", {1, 1, 0, 1, false, {}}, "ff", 300},
+     "0 2e6102053c, 15 5b00, 40 2e2407c8, 75 0000000000000c, "
+     "80 2e6102053c, 90 5b00, 115 2e2407c8, 150 0000000000000c"},
+    {"doors alone", {1, 1, 0, 1, true, {0x24}}, "300 2e2407c80000000000000c"},
+    {"what went to the box", {1, 1, 0, 1, false, {}}, "150 ff"},
 };
 
 // Arguments, with TRACE for a damaged recording; the exit code, and parts of output and errors.
@@ -211,39 +210,44 @@ private slots:
     void playsAWindow()
     {
         const auto &row = currentRow(kPlays);
+        ManualClock clock;
         TracePlayer player(writeFile(mFile, "(7.000000) a R 2E6102053C\n"
                                             "(7.050000) a R 5B00\n"
                                             "(7.150000) a R 2E2407C8\n"
                                             "(7.140000) a T FF\n" // Time goes back here.
                                             "(7.300000) a R 0000000000000C\n"),
-                           row.options);
+                           row.options, clock);
         QCOMPARE(player.prepare(), QString());
-        QByteArray bytes;
-        connect(&player, &TracePlayer::chunk, this, [&](const QByteArray &b) { bytes += b; });
+        // Each chunk with the time at which it came.
+        QByteArrayList played;
+        connect(&player, &TracePlayer::chunk, this, [&](const QByteArray &b) {
+            played += QByteArray::number(clock.milliseconds()) + ' ' + b.toHex();
+        });
         QSignalSpy finished(&player, &TracePlayer::finished);
-        QElapsedTimer clock;
-        clock.start();
         player.start();
-        QVERIFY(finished.wait());
-        QVERIFY(clock.elapsed() >= row.shortest);
-        QCOMPARE(bytes.toHex(), QByteArray(row.played));
+        for (; finished.isEmpty() && clock.milliseconds() < 1000; clock.advance(5'000'000))
+            player.tick();
+        QCOMPARE(played.join(", "), QByteArray(row.played));
+        QCOMPARE(finished.size(), 1);
         QVERIFY(player.note().startsWith(mFile + ":4: the time goes back"));
     }
 
     void slowReceiverDelaysNothingElse()
     {
-        QByteArray content;
-        for (int i = 0; i <= 20; ++i)
-            content += "(0." + QByteArray::number(i * 20'000).rightJustified(6, '0') + ") a R 2E\n";
-        TracePlayer player(writeFile(mFile, content), {});
+        ManualClock clock;
+        TracePlayer player(writeFile(mFile, "(0.000000) a R 2E\n(0.020000) a R 2E\n"
+                                            "(0.040000) a R 2E\n(0.100000) a R 2E\n"),
+                           {}, clock);
         QCOMPARE(player.prepare(), QString());
-        // 21 times 15 ms of work and 20 pauses of 20 ms: 0.4 s, and 0.7 s if delays added up.
-        connect(&player, &TracePlayer::chunk, this, [] { QTest::qSleep(15); });
-        QSignalSpy finished(&player, &TracePlayer::finished);
+        QVector<qint64> times;
+        connect(&player, &TracePlayer::chunk, this, [&] {
+            times += clock.milliseconds();
+            clock.advance(30'000'000); // Of work for each.
+        });
         player.start();
-        QVERIFY(finished.wait());
-        QVERIFY2(player.elapsed() < 0.6, qPrintable(QString::number(player.elapsed())));
-        QCOMPARE(player.chunks(), 21);
+        for (; player.chunks() < 4 && clock.milliseconds() < 1000; clock.advance(1'000'000))
+            player.tick();
+        QCOMPARE(times, (QVector<qint64>{0, 30, 60, 100}));
     }
 
     void replaysToThePlugin()

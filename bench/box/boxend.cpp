@@ -1,5 +1,8 @@
 #include "bench/box/boxend.h"
 
+#include "bench/box/pseudoterminal.h"
+#include "bench/box/serialdevice.h"
+
 namespace bench {
 
 BoxEnd::BoxEnd(const Clock &clock, quint32 seed, QObject *parent)
@@ -11,12 +14,16 @@ BoxEnd::BoxEnd(const Clock &clock, quint32 seed, QObject *parent)
 
 BoxEnd::~BoxEnd() = default;
 
-QString BoxEnd::open()
+QString BoxEnd::open(const QString &device)
 {
-    mTerminal = std::make_unique<PseudoTerminal>();
-    connect(mTerminal.get(), &PseudoTerminal::received, &mBox, &VirtualBox::receive);
-    connect(mTerminal.get(), &PseudoTerminal::received, mFaults.get(), &FaultInjector::onWrite);
-    connect(&mBox, &VirtualBox::transmit, mTerminal.get(), &PseudoTerminal::write);
+    if (device.isEmpty())
+        mTerminal = std::make_unique<PseudoTerminal>();
+    else
+        mTerminal = std::make_unique<SerialDevice>(device);
+    connect(mTerminal.get(), &SerialLine::received, &mBox, &VirtualBox::receive);
+    connect(mTerminal.get(), &SerialLine::received, mFaults.get(), &FaultInjector::onWrite);
+    connect(&mBox, &VirtualBox::transmit, mTerminal.get(), &SerialLine::write);
+    mTerminal->plug();
     return mTerminal->errorString();
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bench/box/faultinjector.h"
-#include "bench/box/pseudoterminal.h"
+#include "bench/box/serialline.h"
 #include "bench/box/virtualbox.h"
 
 #include <memory>
@@ -19,12 +19,12 @@ public:
     explicit BoxEnd(const Clock &clock, quint32 seed = 1, QObject *parent = nullptr);
     ~BoxEnd() override;
 
-    /// Makes the terminal. \returns an empty text, or what went wrong.
-    QString open();
+    /// Makes the terminal, or opens a serial device. \returns an empty text, or what went wrong.
+    QString open(const QString &device = {});
 
     VirtualCar &car() { return mCar; }
     VirtualBox &box() { return mBox; }
-    PseudoTerminal &terminal() { return *mTerminal; }
+    SerialLine &terminal() { return *mTerminal; }
     FaultInjector &faults() { return *mFaults; }
     bool isPlugged() const { return mTerminal && mTerminal->isPlugged(); }
 
@@ -37,7 +37,7 @@ public:
 private:
     VirtualCar mCar;
     VirtualBox mBox;
-    std::unique_ptr<PseudoTerminal> mTerminal;
+    std::unique_ptr<SerialLine> mTerminal;
     std::unique_ptr<FaultInjector> mFaults;
 };
 

@@ -1,6 +1,7 @@
 #include "bench/box/pseudoterminal.h"
 
-#include <cerrno>
+#include <QFile>
+
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -21,16 +22,17 @@ void closeDescriptor(int *descriptor)
 } // namespace
 
 PseudoTerminal::PseudoTerminal(QObject *parent)
-    : QObject(parent)
+    : SerialLine(parent)
     , mDoor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
     , mClosedDoor(fcntl(mDoor, F_DUPFD_CLOEXEC, 0))
 {
-    plug();
+    PseudoTerminal::plug();
 }
 
 PseudoTerminal::~PseudoTerminal()
 {
-    unplug();
+    blockSignals(true); // Nobody is to look at what is half gone.
+    PseudoTerminal::unplug();
     closeDescriptor(&mSlave);
     closeDescriptor(&mClosedDoor);
     closeDescriptor(&mDoor);
@@ -45,82 +47,64 @@ bool PseudoTerminal::plug()
 {
     if (isPlugged())
         return true;
-    mError.clear();
-    if (open())
-        return true;
-    unplug();
-    return false;
+    clearError();
+    return open();
 }
 
 bool PseudoTerminal::open()
 {
     char name[128];
-    mMaster = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (mMaster < 0 || grantpt(mMaster) != 0 || unlockpt(mMaster) != 0 ||
-        ptsname_r(mMaster, name, sizeof name) != 0)
-        return fail("cannot make a pseudo terminal");
+    int master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    const auto fails = [this, &master](const char *what) {
+        fail(QLatin1String(what));
+        closeDescriptor(&master);
+        return false;
+    };
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0 ||
+        ptsname_r(master, name, sizeof name) != 0)
+        return fails("cannot make a pseudo terminal");
     closeDescriptor(&mSlave);
     mSlave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (mSlave < 0)
-        return fail("cannot open the pseudo terminal");
+        return fails("cannot open the pseudo terminal");
 
     termios settings;
     if (tcgetattr(mSlave, &settings) != 0)
-        return fail("cannot read the pseudo terminal's settings");
+        return fails("cannot read the pseudo terminal's settings");
     cfmakeraw(&settings);
     cfsetspeed(&settings, B38400);
     if (tcsetattr(mSlave, TCSANOW, &settings) != 0)
-        return fail("cannot set up the pseudo terminal");
+        return fails("cannot set up the pseudo terminal");
     if (mClosedDoor < 0 || dup3(mSlave, mDoor, O_CLOEXEC) < 0)
-        return fail("cannot link the pseudo terminal");
-
-    mNotifier = new QSocketNotifier(mMaster, QSocketNotifier::Read, this);
-    mNotifier->setEnabled(mReading);
-    connect(mNotifier, &QSocketNotifier::activated, this, [this] { onReadable(); });
+        return fails("cannot link the pseudo terminal");
+    mDevice = QFile::decodeName(name);
+    attach(master);
     return true;
-}
-
-bool PseudoTerminal::fail(const char *what)
-{
-    mError = QStringLiteral("%1: %2").arg(QLatin1String(what), qt_error_string(errno));
-    return false;
 }
 
 void PseudoTerminal::unplug()
 {
-    if (mNotifier) {
-        // Later: unplug() may be called while this notifier reports bytes.
-        mNotifier->setEnabled(false);
-        mNotifier->deleteLater();
-        mNotifier = nullptr;
-    }
     dup3(mClosedDoor, mDoor, O_CLOEXEC);
-    closeDescriptor(&mMaster);
+    SerialLine::unplug();
 }
 
-void PseudoTerminal::write(const QByteArray &bytes)
+int PseudoTerminal::otherSpeed() const
 {
-    if (!isPlugged())
-        return;
-    const ssize_t written = ::write(mMaster, bytes.constData(), static_cast<size_t>(bytes.size()));
-    mLostBytes += bytes.size() - qMax<ssize_t>(written, 0);
-}
-
-void PseudoTerminal::setReading(bool on)
-{
-    mReading = on;
-    if (mNotifier)
-        mNotifier->setEnabled(on);
-}
-
-void PseudoTerminal::onReadable()
-{
-    char buffer[4096];
-    const ssize_t size = read(mMaster, buffer, sizeof buffer);
-    if (size > 0)
-        emit received(QByteArray(buffer, static_cast<int>(size)));
-    else if (size == 0 || (errno != EAGAIN && errno != EINTR))
-        unplug();
+    constexpr struct
+    {
+        speed_t code;
+        int baud;
+    } kSpeeds[] = {{B1200, 1200},     {B2400, 2400},     {B4800, 4800},    {B9600, 9600},
+                   {B19200, 19200},   {B38400, 38400},   {B57600, 57600},  {B115200, 115200},
+                   {B230400, 230400}, {B460800, 460800}, {B921600, 921600}};
+    termios settings; // Of the slave side, asked at the master.
+    if (tcgetattr(descriptor(), &settings) != 0)
+        return SerialLine::otherSpeed();
+    const speed_t code = cfgetospeed(&settings);
+    for (const auto &speed : kSpeeds)
+        if (speed.code == code)
+            return speed.baud;
+    return 0;
 }
 
 } // namespace bench

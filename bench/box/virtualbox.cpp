@@ -39,6 +39,7 @@ void VirtualBox::receive(const QByteArray &bytes)
 
 void VirtualBox::onItem(const LineItem &item)
 {
+    emit heard(item);
     switch (item.kind) {
     case LineItem::Frame:
         onFrame(Outbound{item.dataType}, item.bytes);
@@ -50,7 +51,6 @@ void VirtualBox::onItem(const LineItem &item)
     default:
         break;
     }
-    emit heard(item);
 }
 
 void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
@@ -77,8 +77,10 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
         if (mStarted && std::exchange(mCutFrame, false))
             mRecoverTmr.start(kRecoverMs);
     }
-    if (!understood)
-        ++mMisunderstood;
+    if (understood)
+        return;
+    ++mMisunderstood;
+    emit puzzled(command, payload);
 }
 
 bool VirtualBox::setStarted(const QByteArray &payload)
@@ -186,8 +188,10 @@ void VirtualBox::enqueueChange()
 
 void VirtualBox::sendRaw(const QByteArray &bytes)
 {
-    if (!mSilent)
-        mPacer.send(bytes);
+    if (mSilent)
+        return;
+    mPacer.send(bytes);
+    mSentRaw = true;
 }
 
 void VirtualBox::sendNext()
@@ -205,6 +209,7 @@ void VirtualBox::sendNext()
     const QByteArray frame = canbox::buildFrame(dataType, next.payload);
     ++mSent[dataType];
     mAwaiting.append(next);
+    mSentRaw = false;
     mPacer.send(mFrameFilter ? mFrameFilter(frame) : frame);
     emit frameSent(next.type, next.payload);
     if (mPacer.isIdle()) // A filter has taken the frame.
@@ -242,7 +247,7 @@ void VirtualBox::setSilent(bool on)
         awaitHost();
         return;
     }
-    mCutFrame = mCutFrame || !mPacer.isIdle();
+    mCutFrame = mCutFrame || !mPacer.isIdle() || mSentRaw;
     mQueue.clear();
     mChanged.clear();
     mAwaiting.clear();

@@ -72,8 +72,10 @@ signals:
     void transmit(const QByteArray &bytes);
     /// A frame was put on the line; as it was before any filter saw it.
     void frameSent(canbox::Inbound type, const QByteArray &payload);
-    /// What the host sent, cut.
+    /// What the host sent, cut; before anything comes of it.
     void heard(const bench::LineItem &item);
+    /// A good frame from the host has no meaning to box and car.
+    void puzzled(canbox::Outbound command, const QByteArray &payload);
 
 private:
     struct Outgoing
@@ -105,6 +107,7 @@ private:
     bool mStarted = false;
     bool mSilent = false;
     bool mCutFrame = false; ///< A silence began within a frame.
+    bool mSentRaw = false;  ///< The latest bytes may be the beginning of a frame.
     bool mAwaitsHost = false;
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");

@@ -1,7 +1,12 @@
 #include "bench/commands/commandline.h"
 
+#include "bench/language/closestname.h"
 #include "bench/language/parser.h"
 #include "bench/screen/output.h"
+
+#include <QRegularExpression>
+
+#include <cmath>
 
 namespace bench {
 
@@ -18,7 +23,7 @@ CommandLine::CommandLine(const char *name, const char *usage, const char *descri
 std::optional<int> CommandLine::read(const QStringList &arguments, int maxPositional)
 {
     if (!parse(QStringList(mName) + arguments))
-        return complain(errorText());
+        return complain(problem());
     if (isSet(QStringLiteral("help"))) {
         say(help());
         return Done;
@@ -27,6 +32,22 @@ std::optional<int> CommandLine::read(const QStringList &arguments, int maxPositi
         return complain(QStringLiteral("'%1' is one argument too many")
                             .arg(positionalArguments().at(maxPositional)));
     return std::nullopt;
+}
+
+// What Qt found, in our words, with the option that was probably meant.
+QString CommandLine::problem() const
+{
+    if (unknownOptionNames().isEmpty())
+        return errorText();
+    const QString name = unknownOptionNames().constFirst();
+    QStringList known;
+    for (const QString &option : helpText().split(QRegularExpression("[^a-z-]+")))
+        if (option.startsWith(QLatin1String("--")))
+            known += option.mid(2);
+    const QString meant = didYouMean(name, known);
+    return QStringLiteral("there is no option '%1%2'%3")
+        .arg(QLatin1String(name.size() == 1 ? "-" : "--"), name,
+             meant.isEmpty() ? meant : QString(meant).replace("mean '", "mean '--"));
 }
 
 QString CommandLine::help() const
@@ -77,8 +98,7 @@ double CommandLine::real(const QString &option, const char *what, double fallbac
         return result;
     complain(QStringLiteral("--%1 needs %2 from %3 to %4, not '%5'")
                  .arg(option, QLatin1String(what))
-                 .arg(low)
-                 .arg(high)
+                 .arg(QString::number(low, 'g', 10), QString::number(high, 'g', 10))
                  .arg(value(option)));
     return fallback;
 }

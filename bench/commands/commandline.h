@@ -18,6 +18,7 @@ struct Subcommand
     int (*run)(const QStringList &arguments);
 };
 
+int boxCommand(const QStringList &arguments);
 int runCommand(const QStringList &arguments);
 int playCommand(const QStringList &arguments);
 int decodeCommand(const QStringList &arguments);
@@ -54,6 +55,7 @@ public:
 
 private:
     QString help() const;
+    QString problem() const;
     double real(const QString &option, const char *what, double fallback, double low, double high);
 
     const QString mName;

@@ -28,7 +28,7 @@ int decodeCommand(const QStringList &arguments)
     if (const auto code = line.read(arguments, 1))
         return *code;
     const QString file = line.positionalArguments().value(0);
-    int carModel = line.number("model", 1, -32768, 65535);
+    int carModel = line.number("model", 1, 0, 65535);
     if (line.isWrong())
         return WrongUsage;
     if (file.isEmpty())

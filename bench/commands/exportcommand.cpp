@@ -1,4 +1,5 @@
 #include "bench/commands/commandline.h"
+#include "bench/language/closestname.h"
 #include "bench/recording/export.h"
 #include "bench/recording/htmlexport.h"
 #include "bench/recording/outputfile.h"
@@ -70,7 +71,13 @@ int exportCommand(const QStringList &arguments)
     if (file.isEmpty())
         return line.complain("name the trace to export");
     if (!format)
-        return line.complain("--format needs candump, pcapng or html");
+        return line.complain(
+            QStringLiteral("--format needs candump, pcapng or html%1")
+                .arg(line.isSet("format")
+                         ? QStringLiteral(", not '%1'%2")
+                               .arg(line.value("format"),
+                                    didYouMean(line.value("format"), {"candump", "pcapng", "html"}))
+                         : QString()));
     if (output == "-" && !format->isText && isatty(STDOUT_FILENO))
         return line.complain(
             QStringLiteral("%1 is not for a terminal to show; give -o OUT").arg(format->name));

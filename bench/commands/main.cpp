@@ -1,5 +1,6 @@
 // canbench: try, test and watch the CAN service without a car.
 #include "bench/commands/commandline.h"
+#include "bench/language/closestname.h"
 #include "bench/screen/output.h"
 
 #include <QCoreApplication>
@@ -11,6 +12,8 @@ constexpr bench::Subcommand kCommands[] = {
      bench::runCommand},
     {"play", "play a scenario with expectations on the embedded car", bench::playCommand},
     {"decode", "show what a trace holds and what the plug-in makes of it", bench::decodeCommand},
+    {"box", "be the box and its car on a pseudo terminal or a device, for any host",
+     bench::boxCommand},
     {"replay", "send a trace to the plug-in or to a device, in its own time", bench::replayCommand},
     {"export", "write a trace for the CAN tools or for a packet analyser", bench::exportCommand},
     {"tour", "a guided run of 15 s through what the plug-in does", bench::tourCommand},
@@ -28,7 +31,7 @@ QString overview()
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command.name), -8)
                     .arg(QLatin1String(command.summary));
-    return text + QStringLiteral("\n'canbench COMMAND --help' tells more, with examples.");
+    return text + QStringLiteral("\n'canbench help COMMAND' tells more, with examples.");
 }
 
 int runProgram(const QStringList &arguments)
@@ -38,7 +41,10 @@ int runProgram(const QStringList &arguments)
         if (name == QLatin1String(command.name))
             return command.run(arguments.mid(2));
 
-    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+    const bool isHelp = name == QLatin1String("help");
+    if (isHelp && arguments.size() > 2)
+        return runProgram({arguments.first(), arguments.at(2), QStringLiteral("--help")});
+    if (isHelp || name == QLatin1String("--help") || name == QLatin1String("-h")) {
         bench::say(overview());
         return bench::Done;
     }
@@ -46,9 +52,15 @@ int runProgram(const QStringList &arguments)
         bench::say(QStringLiteral("canbench ") + QCoreApplication::applicationVersion());
         return bench::Done;
     }
-    bench::fail(name.isEmpty() ? QStringLiteral("no command given")
-                               : QStringLiteral("there is no command '%1'").arg(name));
-    bench::fail(QStringLiteral("try 'canbench --help'"));
+    QStringList names;
+    for (const bench::Subcommand &command : kCommands)
+        names += QLatin1String(command.name);
+    bench::fail(name.isEmpty() ? QStringLiteral("a command is needed")
+                : name.startsWith('-')
+                    ? QStringLiteral("there is no option '%1' before a command").arg(name)
+                    : QStringLiteral("there is no command '%1'%2")
+                          .arg(name, bench::didYouMean(name, names)));
+    bench::standardError().line(QStringLiteral("Try 'canbench --help'."));
     return bench::WrongUsage;
 }
 

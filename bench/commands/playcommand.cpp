@@ -27,10 +27,8 @@ void addOptions(CommandLine *line)
 
 bool expectsAnything(const Scenario &scenario)
 {
-    return std::any_of(scenario.steps.begin(), scenario.steps.end(), [](const Step &step) {
-        return std::holds_alternative<steps::Expect>(step.action) ||
-               std::holds_alternative<steps::ExpectSignal>(step.action);
-    });
+    return std::any_of(scenario.steps.begin(), scenario.steps.end(),
+                       [](const Step &step) { return isExpectation(step.action); });
 }
 
 } // namespace

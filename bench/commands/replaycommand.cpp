@@ -1,3 +1,4 @@
+#include "bench/box/pseudoterminal.h"
 #include "bench/commands/commandline.h"
 #include "bench/headunit/session.h"
 #include "bench/recording/traceplayer.h"
@@ -161,7 +162,7 @@ int replayCommand(const QStringList &arguments)
     options.from = line.seconds("from", options.from, 0, options.to);
     options.to = line.seconds("to", options.to, options.from, options.to);
     options.fromBox = !line.isSet("to-box");
-    int carModel = line.number("model", 1, -32768, 65535);
+    int carModel = line.number("model", 1, 0, 65535);
     if (line.isWrong())
         return WrongUsage;
     for (const QString &type : line.value("only").split(',', Qt::SkipEmptyParts)) {
@@ -178,7 +179,8 @@ int replayCommand(const QStringList &arguments)
         return line.complain("--to-box needs the --device of the box");
 
     QLoggingCategory::setFilterRules("default.debug=false");
-    TracePlayer player(file, options);
+    const SteadyClock clock;
+    TracePlayer player(file, options, clock);
     const QString problem = player.prepare();
     if (!problem.isEmpty())
         return fail(problem);

@@ -1,3 +1,4 @@
+#include "bench/commands/names.h"
 #include "bench/commands/sessionrun.h"
 #include "bench/language/parser.h"
 #include "bench/language/runner.h"
@@ -27,7 +28,7 @@ void addOptions(CommandLine *line)
          "Faults on the line to the embedded box: KIND[=RATE],... with RATE a probability "
          "per frame (default 0.02), or 'all'. A wrong kind lists them.",
          "KINDS"},
-        {"list-values", "List the values of the embedded car, what they are and may be."},
+        {"list-values", "List the values of the embedded car, as 'canbench names' does."},
         {"plain", "A line per event on a terminal too, instead of the live view."},
     });
 }
@@ -67,18 +68,6 @@ QString readSteps(const CommandLine &line, OptionSteps *steps)
     return problem;
 }
 
-void listValues()
-{
-    const VirtualCar car;
-    for (int index = 0; index < kValueCount; ++index) {
-        const ValueId id{index};
-        say(QStringLiteral("%1 %2 %3")
-                .arg(QLatin1String(fieldOf(id).name), -26)
-                .arg(car.text(id), -14)
-                .arg(valueRange(fieldOf(id))));
-    }
-}
-
 int run(const CommandLine &line, const RunOptions &options, const OptionSteps &steps,
         double duration)
 {
@@ -92,6 +81,8 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
     if (Terminal::isAvailable() && !wantsLines)
         view = std::make_unique<LiveView>(&session);
     bool wasLinked = false;
+    bool isActing = false;
+    QVector<Step> pressed; ///< Keys of the live view, not yet done.
     QObject::connect(&session, &Session::happened, [&](const Event &event) {
         if (view)
             view->show(event);
@@ -117,8 +108,16 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
                         QStringLiteral("           '%1' needs the embedded box").arg(step.text));
                     isPossible = false;
                 }
-            if (isPossible)
-                keys.run(scenario.steps);
+            if (!isPossible)
+                return;
+            pressed += scenario.steps; // One after the other, however fast they were pressed.
+            if (!std::exchange(isActing, true))
+                keys.run(std::exchange(pressed, {}));
+        });
+        QObject::connect(&keys, &Runner::finished, [&] {
+            isActing = !pressed.isEmpty();
+            if (isActing)
+                keys.run(std::exchange(pressed, {}));
         });
     }
     QObject::connect(&run.unixSignals(), &UnixSignals::caught,
@@ -160,7 +159,7 @@ int runCommand(const QStringList &arguments)
         return *code;
     RunOptions options = readSessionOptions(&line);
     options.session.device = line.value("device");
-    options.session.carModel = line.number("model", 1, -32768, 65535);
+    options.session.carModel = line.number("model", 1, 0, 65535);
     options.session.carIndex = line.number("hwd-index", 1, 0, 65535);
     const double duration = line.seconds("duration", 0, 0.001, 1e6);
     OptionSteps steps;
@@ -176,10 +175,8 @@ int runCommand(const QStringList &arguments)
     const QString problem = readSteps(line, &steps);
     if (!problem.isEmpty())
         return line.complain(problem);
-    if (line.isSet("list-values")) {
-        listValues();
-        return Done;
-    }
+    if (line.isSet("list-values"))
+        return sayNames({}, line.isSet("json"), true);
     QLoggingCategory::setFilterRules(line.isSet("log") ? "default.debug=true"
                                                        : "default.debug=false");
     return run(line, options, steps, duration);

@@ -66,6 +66,7 @@ QString SessionRun::open()
                             {mOptions.session.carModel, mOptions.session.carIndex});
         if (!problem.isEmpty())
             return problem;
+        mRecorder.watchPorts();
     }
     return mSession.open();
 }

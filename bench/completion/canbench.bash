@@ -11,7 +11,7 @@ _canbench()
         return
     fi
     case $before in
-    --plugin | --trace | --report | --output | -o)
+    --plugin | --trace | --report | --output | -o | --link | --scenario)
         compopt -o filenames
         COMPREPLY=($(compgen -f -- "$word"))
         return ;;

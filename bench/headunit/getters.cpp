@@ -77,7 +77,8 @@ constexpr Word kBands[] = {{255, "none"}};
 constexpr Word kTemperatures[] = {{-100, "low"}, {-101, "high"}, {-1, "none"}};
 constexpr Word kReadings[] = {{-1, "none"}};
 constexpr Word kStates[] = {{0, "good"}, {1, "state1"}, {2, "state2"}};
-constexpr Word kLink[] = {{0, "off"}, {1, "on"}};
+constexpr Word kAlert[] = {{-1, "none"}, {0, "good"}, {1, "alert"}};
+constexpr Word kSwitch[] = {{0, "off"}, {1, "on"}};
 
 // Where each kind of value comes from.
 constexpr Getter of(Getter row, Inbound report, Announcement first, Announcement second = nullptr)
@@ -155,23 +156,23 @@ const Getter kGetters[] = {
     {"door.front", get<&S::isFrontDoorOpen>, nullptr, {}, {}, nullptr, words::kOpen},
     {"door.status", get<&S::getDoorStatus>},
 
-    climate("climate.power",         getNot<&S::isPowerOff>, m::isClear<id("climate.power")>, kLink),
+    climate("climate.power",         getNot<&S::isPowerOff>, m::isClear<id("climate.power")>, kSwitch),
     alias(climate("climate.power_off", get<&S::isPowerOff>,  m::isSet<id("climate.power")>)),
-    climate("climate.ac",            get<&S::isAc>,          m::isSet<id("climate.ac")>, kLink),
-    climate("climate.inside_air",    get<&S::isInside>,      m::isSet<id("climate.inside_air")>, kLink),
-    climate("climate.auto",          get<&S::isAuto>,        m::isSet<id("climate.auto")>, kLink),
-    climate("climate.dual",          get<&S::isDual>,        m::isClear<id("climate.dual")>, kLink),
-    climate("climate.rear_defrost",  get<&S::isRearDefrost>, m::isSet<id("climate.rear_defrost")>, kLink),
+    climate("climate.ac",            get<&S::isAc>,          m::isSet<id("climate.ac")>, kSwitch),
+    climate("climate.inside_air",    get<&S::isInside>,      m::isSet<id("climate.inside_air")>, kSwitch),
+    climate("climate.auto",          get<&S::isAuto>,        m::isSet<id("climate.auto")>, kSwitch),
+    climate("climate.dual",          get<&S::isDual>,        m::isClear<id("climate.dual")>, kSwitch),
+    climate("climate.rear_defrost",  get<&S::isRearDefrost>, m::isSet<id("climate.rear_defrost")>, kSwitch),
     climate("climate.mode",          get<&S::getAcWindMode>, m::mapped<id("climate.mode"), m::blowingMode>),
     climate("climate.fan",           get<&S::getAcWindScale>, m::mapped<id("climate.fan"), m::same>),
     climate("climate.left",          get<&S::getAcTemperature>, m::leftTemperature, kTemperatures,
             text<&S::getAcTemperatureUnit>),
     climate("climate.right",         get<&S::getAcRightTemperature>, m::rightTemperature, kTemperatures,
             text<&S::getAcRightTemperatureUnit>),
-    climate("climate.rear",          get<&S::isRearClimate>,  m::isSet<id("climate.rear")>, kLink),
-    climate("climate.front_defrost", get<&S::isFrontDefrost>, m::isSet<id("climate.front_defrost")>, kLink),
-    climate("climate.wheel_heat",    get<&S::isAcSwcHeat>,    m::isSet<id("climate.wheel_heat")>, kLink),
-    climate("climate.max",           get<&S::isAcMax>,        m::isSet<id("climate.max")>, kLink),
+    climate("climate.rear",          get<&S::isRearClimate>,  m::isSet<id("climate.rear")>, kSwitch),
+    climate("climate.front_defrost", get<&S::isFrontDefrost>, m::isSet<id("climate.front_defrost")>, kSwitch),
+    climate("climate.wheel_heat",    get<&S::isAcSwcHeat>,    m::isSet<id("climate.wheel_heat")>, kSwitch),
+    climate("climate.max",           get<&S::isAcMax>,        m::isSet<id("climate.max")>, kSwitch),
     climate("climate.left_seat",  seat<&S::getAcFrontLeftHeat, &S::getLeftVentilation>,
             m::mapped<id("climate.left_seat"), m::seat>, words::kSeat),
     climate("climate.right_seat", seat<&S::getAcFrontRightHeat, &S::getRightVentilation>,
@@ -183,13 +184,13 @@ const Getter kGetters[] = {
     alias(climate("climate.right_ventilation", get<&S::getRightVentilation>,
                   m::mapped<id("climate.right_seat"), m::seatVentilation>)),
     {"climate.rear_temperature", get<&S::getAcRearTemperature>},
-    {"climate.rear_power_off", get<&S::isPowerOffRear>, nullptr, {}, {}, nullptr, kLink},
+    {"climate.rear_power_off", get<&S::isPowerOffRear>, nullptr, {}, {}, nullptr, kSwitch},
     {"climate.rear_mode", get<&S::getAcWindModeRear>},
     {"climate.rear_fan", get<&S::getAcWindScaleRear>},
     {"climate.rear_left_heat", get<&S::getAcRearLeftHeat>},
     {"climate.rear_right_heat", get<&S::getAcRearRightHeat>},
-    {"climate.glass_heat", get<&S::isAcGlassHeat>, nullptr, {}, {}, nullptr, kLink},
-    {"climate.air_care", get<&S::isAirCareActive>, nullptr, {}, {}, nullptr, kLink},
+    {"climate.glass_heat", get<&S::isAcGlassHeat>, nullptr, {}, {}, nullptr, kSwitch},
+    {"climate.air_care", get<&S::isAirCareActive>, nullptr, {}, {}, nullptr, kSwitch},
     {"climate.profile", get<&S::getAirConProfile>},
     {"climate.show_request", get<&S::getAcShowRequest>},
     {"climate.air_clear", get<&S::getAcAirClearStatus>},
@@ -220,7 +221,7 @@ const Getter kGetters[] = {
     side("radar.right.middle_front", get<&S::getRightRadarMiddleFrontDistance>),
     side("radar.right.middle_rear", get<&S::getRightRadarMiddleRearDistance>),
     side("radar.right.rear", get<&S::getRightRadarRearDistance>),
-    {"radar.status", get<&S::isRadarStatus>, nullptr, {}, {}, nullptr, kLink},
+    {"radar.status", get<&S::isRadarStatus>, nullptr, {}, {}, nullptr, kSwitch},
 
     // Texts with their unit inside, as the host shows them.
     drive("drive.speed", Inbound::VehicleInfo2, driving<&DrivingData::speed>,
@@ -236,7 +237,7 @@ const Getter kGetters[] = {
     {"drive.title3", get<&S::getDrivingDataTitle3>},
 
     // Leaves its first value with the first frame, without a signal when all is well.
-    quiet(of({"tyre.alert", get<&S::getTireAlertType>, nullptr, {}, {}, m::tyreAlert, kReadings},
+    quiet(of({"tyre.alert", get<&S::getTireAlertType>, nullptr, {}, {}, m::tyreAlert, kAlert},
              Inbound::VehicleInfo1, &S::tireAlert)),
     tyre("tyre.front_left.pressure", get<&S::getTirePressureValueFL>,
          m::measured<id("tyre.front_left.pressure"), m::tyrePressure>),
@@ -318,8 +319,27 @@ QString Getter::text(const Value &value, const QString &unitText) const
 {
     if (const Word *word = wordOf(*this, value))
         return QLatin1String(word->text);
+    if (isQuantity()) {
+        const std::optional<Quantity> quantity = quantityIn(plainText(value));
+        return quantity
+                   ? QString::number(quantity->number, 'g', 10) + QLatin1Char(' ') + quantity->unit
+                   : QStringLiteral("none");
+    }
     const QString number = plainText(value);
     return unitText.isEmpty() ? number : number + QLatin1Char(' ') + unitText;
+}
+
+Reading Getter::reading(const Value &value, const QString &unitText) const
+{
+    const Word *word = wordOf(*this, value);
+    if (word && isSameText(word->text, "none"))
+        return {std::nullopt, unitText};
+    if (!isQuantity())
+        return {value, unitText};
+    const std::optional<Quantity> quantity = quantityIn(plainText(value));
+    if (!quantity)
+        return {};
+    return {static_cast<float>(quantity->number), quantity->unit};
 }
 
 QString Getter::textOf(CanServiceBase &service) const

@@ -29,6 +29,13 @@ struct Reader
     bool isText() const { return type == 3; }
 };
 
+/// A value for a program: a number without its unit, a switch or a text.
+struct Reading
+{
+    std::optional<Value> value; ///< Nothing where there is no reading.
+    QString unit;
+};
+
 /// One state getter of the interface, or one member of a record that it hands out.
 struct Getter
 {
@@ -44,7 +51,10 @@ struct Getter
         false; ///< May change before its signal, or without one: see StateWatch::lookAround().
     bool alias = false; ///< An older name, or a part of another value: read by name, not listed.
 
+    /// A text with a number and its unit, as "12km/h", where the car has a number.
+    bool isQuantity() const { return read.isText() && meaning; }
     QString text(const Value &value, const QString &unit) const;
+    Reading reading(const Value &value, const QString &unit) const;
     /// Reads it, with its unit behind.
     QString textOf(CanServiceBase &service) const;
     QString unitOf(CanServiceBase &service) const { return unit ? unit(service) : QString(); }

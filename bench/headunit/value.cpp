@@ -24,4 +24,17 @@ double numberOf(const Value &value)
     return 0;
 }
 
+std::optional<Quantity> quantityIn(const QString &text)
+{
+    int size = 0;
+    while (size < text.size() &&
+           (text.at(size).isDigit() || text.at(size) == '.' || (size == 0 && text.at(size) == '-')))
+        ++size;
+    bool isNumber = false;
+    const double number = text.left(size).toDouble(&isNumber);
+    if (!isNumber)
+        return std::nullopt;
+    return Quantity{number, text.mid(size).trimmed()};
+}
+
 } // namespace bench

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <optional>
 #include <variant>
 
 namespace bench {
@@ -17,5 +18,15 @@ inline bool isSwitch(const Value &value) { return std::holds_alternative<bool>(v
 inline bool isText(const Value &value) { return std::holds_alternative<QString>(value); }
 /// A switch is 0 or 1; a text is 0.
 double numberOf(const Value &value);
+
+/// A number with its unit behind, as the interface has it in texts.
+struct Quantity
+{
+    double number;
+    QString unit; ///< May be empty.
+};
+
+/// Reads `12km/h` or `12 km/h`. \returns nothing for a text that does not begin with a number.
+std::optional<Quantity> quantityIn(const QString &text);
 
 } // namespace bench

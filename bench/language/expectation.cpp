@@ -87,16 +87,10 @@ bool isOrder(Comparison comparison)
     return comparison != Comparison::Equal && comparison != Comparison::NotEqual;
 }
 
-// The number that a text such as "12.5km" begins with. \returns whether there is one.
-bool leadingNumber(const QString &text, double *number)
+// A value that is shown without a reading.
+bool isNoReading(const QString &text)
 {
-    int size = 0;
-    while (size < text.size() &&
-           (text.at(size).isDigit() || text.at(size) == '.' || (size == 0 && text.at(size) == '-')))
-        ++size;
-    bool isNumber = false;
-    *number = text.left(size).toDouble(&isNumber);
-    return isNumber;
+    return text.isEmpty() || text == QLatin1String("none") || text == QLatin1String("--");
 }
 
 constexpr struct
@@ -187,10 +181,7 @@ bool Observable::isText() const
            (mSource == Getter && getter(mIndex).read.isText());
 }
 
-bool Observable::isQuantity() const
-{
-    return mSource == Getter && isText() && findValue(mName).has_value();
-}
+bool Observable::isQuantity() const { return mSource == Getter && getter(mIndex).isQuantity(); }
 
 bool Observable::numberOfWord(const QString &word, double *number) const
 {
@@ -204,10 +195,7 @@ bool Observable::numberOfWord(const QString &word, double *number) const
         *number = word.toDouble(&isNumber);
         return isNumber && (*number == 0 || *number == 1);
     }
-    const Span<Word> own = mSource == Getter ? getter(mIndex).words
-                           : mSource == Car  ? fieldOf(ValueId{mIndex}).words
-                                             : Span<Word>();
-    for (const Word &row : own)
+    for (const Word &row : ownWords())
         if (word.compare(QLatin1String(row.text), Qt::CaseInsensitive) == 0) {
             const Field *field = mSource == Car ? &fieldOf(ValueId{mIndex}) : nullptr;
             *number = field && *field->unit ? field->value(row.raw) : row.raw;
@@ -216,17 +204,41 @@ bool Observable::numberOfWord(const QString &word, double *number) const
     return false;
 }
 
+Span<Word> Observable::ownWords() const
+{
+    return mSource == Getter ? getter(mIndex).words
+           : mSource == Car  ? fieldOf(ValueId{mIndex}).words
+                             : Span<Word>();
+}
+
+bool Observable::isWord(const Value &value) const
+{
+    const Span<Word> own = ownWords();
+    return mSource == Getter && std::any_of(own.begin(), own.end(), [&value](const Word &row) {
+               return static_cast<double>(row.raw) == numberOf(value);
+           });
+}
+
 QStringList Observable::words() const
 {
     QStringList words;
-    const Span<Word> own = mSource == Getter ? getter(mIndex).words
-                           : mSource == Car  ? fieldOf(ValueId{mIndex}).words
-                                             : Span<Word>();
-    for (const Word &row : own)
+    for (const Word &row : ownWords())
         words += QLatin1String(row.text);
     if (words.isEmpty() && isSwitch())
         words = QStringList{QStringLiteral("off"), QStringLiteral("on")};
     return words;
+}
+
+QString Observable::possible() const
+{
+    if (isText() && !isQuantity())
+        return QStringLiteral("a text");
+    QStringList parts = words();
+    if (isQuantity())
+        parts += QStringLiteral("none");
+    if (!isSwitch())
+        parts.prepend(QStringLiteral("a number"));
+    return parts.join(QStringLiteral(", "));
 }
 
 QString Expectation::text() const
@@ -240,51 +252,52 @@ QString Expectation::text() const
 
 bool Expectation::isMetBy(const Value &actual) const
 {
-    double number = 0;
-    bool isNumber = false;
-    const double given = expected.toDouble(&isNumber);
-    if (bench::isText(actual)) {
-        const QString text = std::get<QString>(actual);
-        if (observable.isQuantity() && isNumber)
-            return leadingNumber(text, &number) ? holds(comparison, compare(number, given))
-                                                : comparison == Comparison::NotEqual;
-        const bool isNone =
-            observable.isQuantity() && expected == QLatin1String("none") && text == "--";
-        return holds(comparison, text == expected || isNone ? 0 : 1);
+    const bool isDifferent = comparison == Comparison::NotEqual;
+    if (observable.isQuantity()) {
+        const std::optional<Quantity> shown = quantityIn(plainText(actual));
+        const std::optional<Quantity> wanted = quantityIn(expected);
+        if (!shown || !wanted)
+            return !isOrder(comparison) && (!shown && !wanted) != isDifferent;
+        if (!wanted->unit.isEmpty() && wanted->unit != shown->unit)
+            return isDifferent;
+        return holds(comparison, compare(shown->number, wanted->number));
     }
+    if (bench::isText(actual))
+        return (plainText(actual) == expected) != isDifferent;
+    // Neither low nor high nor none is a number of degrees.
+    if (isOrder(comparison) && observable.isWord(actual))
+        return false;
+    double number = 0;
     if (!observable.numberOfWord(expected, &number))
-        number = given;
+        number = expected.toDouble();
     return holds(comparison, compare(numberOf(actual), number));
 }
 
 QString Expectation::problem() const
 {
-    double number = 0;
-    bool isNumber = false;
     const QString name = observable.name();
-    const double given = expected.toDouble(&isNumber);
-    isNumber = isNumber && std::isfinite(given);
-    if (observable.isQuantity())
-        return isOrder(comparison) && !isNumber
-                   ? QStringLiteral("%1 is compared so with a number, and '%2' is none")
-                         .arg(name, expected)
-                   : QString();
-    if (observable.isText())
+    if (observable.isText() && !observable.isQuantity())
         return isOrder(comparison)
                    ? QStringLiteral("%1 is a text; compare it by == or !=").arg(name)
                    : QString();
-    const bool isWord = observable.numberOfWord(expected, &number);
-    if (observable.isSwitch())
-        return isOrder(comparison) || !isWord
-                   ? QStringLiteral("%1 is a switch; compare it by == or != with %2")
+    double number = 0;
+    const bool isWord = observable.isQuantity() ? isNoReading(expected)
+                                                : observable.numberOfWord(expected, &number);
+    bool isNumber = observable.isQuantity() && quantityIn(expected).has_value();
+    if (!isNumber && !observable.isQuantity() && !observable.isSwitch()) {
+        const double given = expected.toDouble(&isNumber);
+        isNumber = isNumber && std::isfinite(given);
+    }
+    if (!isWord && !isNumber)
+        return QStringLiteral("%1 cannot be '%2'; possible: %3")
+            .arg(name, expected, observable.possible());
+    // Words that stand for numbers have no order of their own.
+    if (isOrder(comparison) && !isNumber)
+        return observable.isSwitch()
+                   ? QStringLiteral("%1 is %2; compare it by == or !=")
                          .arg(name, observable.words().join(QStringLiteral(" or ")))
-                   : QString();
-    if (isWord || isNumber)
-        return {};
-    const QStringList words = observable.words();
-    return QStringLiteral("%1 is a number%2, and '%3' is none")
-        .arg(name, words.isEmpty() ? QString() : QStringLiteral(" or ") + words.join(", "),
-             expected);
+                   : QStringLiteral("'%1' is a word; compare it by == or !=").arg(expected);
+    return {};
 }
 
 QString SignalExpectation::text() const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bench/headunit/value.h"
+#include "bench/wire/reports.h"
 
 #include <QStringList>
 #include <QVector>
@@ -43,8 +44,14 @@ public:
     /// The number that a word stands for. \returns whether there is such a word.
     bool numberOfWord(const QString &word, double *number) const;
     QStringList words() const;
+    /// A word stands for this value of a getter.
+    bool isWord(const Value &value) const;
+    /// What may be compared with it, for a person.
+    QString possible() const;
 
 private:
+    Span<Word> ownWords() const;
+
     enum Source { None, Getter, Bench, Car };
 
     Source mSource = None;

@@ -1,7 +1,9 @@
-// The `expect` steps: of a value, and of a signal.
+// The `expect` steps: of a value, of a signal, and of a frame.
 #include "bench/headunit/session.h"
 #include "bench/language/closestname.h"
 #include "bench/language/parser.h"
+
+#include <algorithm>
 
 namespace bench {
 
@@ -44,6 +46,51 @@ bool readSignal(LineReader &line, ParseContext &context, bool absent)
     return readWithin(line, &step.within) && context.add(step);
 }
 
+// The name of a command may have several words; a number will do, too.
+bool readCommandName(LineReader &line, quint8 *dataType)
+{
+    QString name, word;
+    if (!line.text("the name or number of a frame to the box", &name))
+        return false;
+    QStringList names;
+    for (const Command &command : kCommands)
+        names += QLatin1String(command.name);
+    const auto goesOn = [&] {
+        return std::any_of(names.begin(), names.end(),
+                           [&](const QString &whole) { return whole.startsWith(name + ' '); });
+    };
+    while (!names.contains(name) && goesOn() && line.text("the rest of the name", &word))
+        name += ' ' + word;
+    if (line.failed())
+        return false;
+    bool isNumber = false;
+    const uint number = name.toUInt(&isNumber, 0);
+    const int index = names.indexOf(name);
+    if (index >= 0)
+        *dataType = static_cast<quint8>(kCommands[index].type);
+    else if (isNumber && number <= 0xFF)
+        *dataType = static_cast<quint8>(number);
+    else
+        return line.fail(QStringLiteral("the host has no frame '%1'; possible: 0 to 255, %2%3")
+                             .arg(name, names.join(", "), didYouMean(name, names)));
+    return true;
+}
+
+bool readFrame(LineReader &line, ParseContext &context, bool absent)
+{
+    ExpectFrame step{0, {}, absent, kSignalPatience};
+    int byte = 0;
+    context.needs = NeedsBox;
+    if (!readCommandName(line, &step.dataType))
+        return false;
+    while (!line.atEnd() && !line.peek("within")) {
+        if (!line.number("a payload byte", 0, 255, &byte))
+            return false;
+        step.payload = step.payload.value_or(QByteArray()) + static_cast<char>(byte);
+    }
+    return readWithin(line, &step.within) && context.add(step);
+}
+
 QString unknownGetter(const QString &name)
 {
     const QString meant = didYouMean(name, Observable::names());
@@ -58,8 +105,11 @@ bool readExpect(LineReader &line, ParseContext &context)
     context.needs = NeedsHost;
     if (line.accept("signal"))
         return readSignal(line, context, false);
+    if (line.accept("frame"))
+        return readFrame(line, context, false);
     if (line.accept("no"))
-        return line.expect("signal") && readSignal(line, context, true);
+        return line.accept("frame") ? readFrame(line, context, true)
+                                    : line.expect("signal") && readSignal(line, context, true);
 
     constexpr char kSigns[] = "==, !=, <, <=, > or >=";
     Expect step{};

@@ -7,13 +7,21 @@ namespace bench {
 
 namespace {
 
-constexpr int kSignalsShown = 8;
+constexpr int kShown = 8;
 constexpr int kSettle = 1000; // ms for a step's effect to be through: a resent frame takes 0.1 s.
 
 QString timeText(int milliseconds)
 {
     return milliseconds % 1000 == 0 ? QStringLiteral("%1s").arg(milliseconds / 1000)
                                     : QStringLiteral("%1ms").arg(milliseconds);
+}
+
+QString frameText(quint8 dataType, const QByteArray &payload)
+{
+    return QStringLiteral("frame %1 %2 %3")
+        .arg(hexByte(dataType), outboundName(dataType),
+             QString::fromLatin1(payload.toHex(' ').toUpper()))
+        .trimmed();
 }
 
 } // namespace
@@ -49,31 +57,65 @@ bool Runner::judge(const steps::Expect &step)
     return wait(step.within, isMet, conclude);
 }
 
-bool Runner::act(const steps::ExpectSignal &step)
+// Waits for something that comes, and tells what came instead.
+bool Runner::await(const char *kind, const QString &expected, bool absent, int within,
+                   std::function<bool()> take, std::function<QStringList()> others)
 {
-    const auto conclude = [this, step](bool came) {
-        if (came != step.absent) {
+    const auto conclude = [this, kind, expected, absent, within, others](bool came) {
+        if (came != absent) {
             ++mMet;
             return true;
         }
         if (came)
-            return fail(QStringLiteral("no ") + step.expectation.text(), step.within,
-                        QStringLiteral("it came"));
-        QStringList others;
-        for (const Signal &signal : qAsConst(mSignals))
-            if (findSignal(signal.name) != linkSignal()) // It comes with every frame.
-                others += signalText(signal.name, signal.arguments);
-        const int hidden = others.size() - kSignalsShown;
+            return fail(QStringLiteral("no ") + expected, within, QStringLiteral("it came"));
+        QStringList seen = others();
+        const int hidden = seen.size() - kShown;
         if (hidden > 0)
-            others = QStringList(QStringLiteral("%1 others").arg(hidden)) + others.mid(hidden);
-        return fail(step.expectation.text(), step.within,
-                    others.isEmpty() ? QStringLiteral("there was no signal at all")
-                                     : QStringLiteral("there was ") + others.join(", "));
+            seen = QStringList(QStringLiteral("%1 others").arg(hidden)) + seen.mid(hidden);
+        return fail(expected, within,
+                    seen.isEmpty()
+                        ? QStringLiteral("there was no %1 at all").arg(QLatin1String(kind))
+                        : QStringLiteral("there was ") + seen.join(", "));
     };
-    if (takeSignal(step.expectation))
-        return conclude(true);
-    return wait(
-        step.within, [this, step] { return takeSignal(step.expectation); }, conclude);
+    return take() ? conclude(true) : wait(within, take, conclude);
+}
+
+bool Runner::act(const steps::ExpectSignal &step)
+{
+    return await(
+        "signal", step.expectation.text(), step.absent, step.within,
+        [this, step] { return takeSignal(step.expectation); },
+        [this] {
+            QStringList others;
+            for (const Signal &signal : qAsConst(mSignals))
+                if (findSignal(signal.name) != linkSignal()) // It comes with every frame.
+                    others += signalText(signal.name, signal.arguments);
+            return others;
+        });
+}
+
+bool Runner::act(const steps::ExpectFrame &step)
+{
+    return await(
+        "frame", frameText(step.dataType, step.payload.value_or(QByteArray())), step.absent,
+        step.within, [this, step] { return takeFrame(step); },
+        [this] {
+            QStringList others;
+            for (const LineItem &frame : qAsConst(mFrames))
+                others += frameText(frame.dataType, frame.bytes);
+            return others;
+        });
+}
+
+bool Runner::takeFrame(const steps::ExpectFrame &step)
+{
+    const auto found = std::find_if(mFrames.begin(), mFrames.end(), [&step](const LineItem &frame) {
+        return frame.dataType == step.dataType && step.payload.value_or(frame.bytes) == frame.bytes;
+    });
+    if (found == mFrames.end())
+        return false;
+    mFrames.erase(found);
+    return true;
 }
 
 bool Runner::takeSignal(const SignalExpectation &expectation)

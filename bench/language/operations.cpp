@@ -6,6 +6,9 @@
 
 #include <QDateTime>
 
+#include <cstddef>
+#include <iterator>
+
 namespace bench {
 
 namespace {
@@ -60,6 +63,44 @@ constexpr struct
     {"fuel", &CanServiceBase::requsetFuel},
     {"unit_settings", &CanServiceBase::requsetUnitSettings},
     {"other_info", &CanServiceBase::requsetOtherInfo},
+    {"speed", &CanServiceBase::requestSpeed},
+};
+
+template <auto Operation>
+void callIt(CanServiceBase &service)
+{
+    (service.*Operation)();
+}
+
+template <typename Record, auto Operation>
+void readRecord(CanServiceBase &service)
+{
+    Record record{};
+    (service.*Operation)(record);
+}
+
+// Known to a host alone; the service passes it on by reference.
+void readMaintenance(CanServiceBase &service)
+{
+    alignas(std::max_align_t) char room[1024] = {};
+    service.getMaintenanceData(reinterpret_cast<VehicleMaintenanceData &>(room));
+}
+
+// The operations that hand something out, beside the getters that `expect` looks at.
+constexpr struct
+{
+    const char *name;
+    void (*read)(CanServiceBase &service);
+} kRecords[] = {
+    {"car_setting", callIt<&CanServiceBase::getCarSettingData>},
+    {"driving", readRecord<DrivingData, &CanServiceBase::getDrivingData>},
+    {"driving_data", callIt<&CanServiceBase::requestDrivingData>},
+    {"fuel_consumption", readRecord<FuelConsumptionData, &CanServiceBase::getFuelConsumptionData>},
+    {"maintenance", readMaintenance},
+    {"maintenance_data", callIt<&CanServiceBase::requestMaintenanceData>},
+    {"other_info", readRecord<OtherInfoData, &CanServiceBase::getOtherInfoData>},
+    {"units", readRecord<UnitData, &CanServiceBase::getUnitData>},
+    {"vehicle", readRecord<QMap<QString, QString>, &CanServiceBase::getVehicleData>},
 };
 
 // A word of the table, or any number.
@@ -86,7 +127,7 @@ bool readWord(LineReader &line, const char *what, const NamedNumber (&words)[Cou
 
 bool readOptionalNumber(LineReader &line, int *result)
 {
-    return line.atEnd() || line.number("a value", -32768, 65535, result);
+    return line.atEnd() || line.wholeNumber("a value", result);
 }
 
 bool readClimateKey(LineReader &line, HostCall *call)
@@ -110,7 +151,7 @@ bool readCarSetting(LineReader &line, HostCall *call)
         };
         return true;
     }
-    if (!line.number("a value", -32768, 65535, &value))
+    if (!line.wholeNumber("a value", &value))
         return false;
     *call = [=](CanServiceBase &service) { service.sendCarSettingKey(key, value); };
     return true;
@@ -130,8 +171,7 @@ bool readSource(LineReader &line, HostCall *call)
     int type = 0;
     QString name, text;
     QStringList info;
-    if (!line.text("the name of a source", &name) ||
-        !line.number("a type of source", -32768, 65535, &type))
+    if (!line.text("the name of a source", &name) || !line.wholeNumber("a type of source", &type))
         return false;
     while (!line.atEnd()) {
         if (!line.text("a text of the source", &text))
@@ -166,21 +206,86 @@ bool readClock(LineReader &line, HostCall *call)
     return true;
 }
 
-bool readRequest(LineReader &line, HostCall *call)
+template <typename Rows>
+const auto *readRow(LineReader &line, const char *what, const Rows &rows)
 {
     QString name;
-    if (!line.text("the name of a report", &name))
-        return false;
     QStringList names;
-    for (const auto &row : kReports) {
+    if (!line.text(what, &name))
+        return static_cast<decltype(std::begin(rows))>(nullptr);
+    for (const auto &row : rows) {
         names += QLatin1String(row.name);
-        if (name == names.last()) {
-            *call = [request = row.request](CanServiceBase &service) { (service.*request)(); };
-            return true;
-        }
+        if (name == names.last())
+            return &row;
     }
-    return line.fail(QStringLiteral("there is no report '%1'; possible: %2%3")
-                         .arg(name, names.join(", "), didYouMean(name, names)));
+    line.fail(QStringLiteral("'%1' is not %2; possible: %3%4")
+                  .arg(name, QLatin1String(what), names.join(", "), didYouMean(name, names)));
+    return static_cast<decltype(std::begin(rows))>(nullptr);
+}
+
+bool readRequest(LineReader &line, HostCall *call)
+{
+    const auto *row = readRow(line, "the name of a report", kReports);
+    if (row)
+        *call = [request = row->request](CanServiceBase &service) { (service.*request)(); };
+    return row;
+}
+
+bool readRead(LineReader &line, HostCall *call)
+{
+    const auto *row = readRow(line, "the name of a record", kRecords);
+    if (row)
+        *call = row->read;
+    return row;
+}
+
+bool readAnyData(LineReader &line, HostCall *call)
+{
+    QByteArray bytes;
+    if (!line.bytes("a byte", &bytes))
+        return false;
+    *call = [bytes](CanServiceBase &service) {
+        QByteArray data = bytes;
+        service.sendAnyData(data);
+    };
+    return true;
+}
+
+// One or two whole numbers, of which the second may be left out.
+template <auto Operation>
+bool readNumber(LineReader &line, HostCall *call)
+{
+    int number = 0;
+    if (!line.wholeNumber("a value", &number))
+        return false;
+    *call = [number](CanServiceBase &service) { (service.*Operation)(number); };
+    return true;
+}
+
+template <auto Operation>
+bool readPair(LineReader &line, HostCall *call)
+{
+    int number = 0, value = 0;
+    if (!line.wholeNumber("a number", &number) || !readOptionalNumber(line, &value))
+        return false;
+    *call = [=](CanServiceBase &service) { (service.*Operation)(number, value); };
+    return true;
+}
+
+bool readCameraKey(LineReader &line, HostCall *call)
+{
+    int key = 0;
+    if (!line.wholeNumber("a key", &key))
+        return false;
+    *call = [key](CanServiceBase &service) { service.sendCameraKey(key, {}); };
+    return true;
+}
+
+template <auto Operation>
+bool readNothing(LineReader &, HostCall *call)
+{
+    *call = callIt<Operation>;
+    return true;
 }
 
 constexpr struct
@@ -195,31 +300,40 @@ constexpr struct
     {"source", "NAME TYPE [TEXT]...", readSource},
     {"clock", "YYYY-MM-DD HH:MM", readClock},
     {"request", "REPORT", readRequest},
+    {"read", "RECORD", readRead},
+    {"setting", "NUMBER [VALUE]", readPair<&CanServiceBase::setSettings>},
+    {"command", "NUMBER [VALUE]", readPair<&CanServiceBase::request>},
+    {"camera_key", "KEY", readCameraKey},
+    {"driving_page", "PAGE", readNumber<&CanServiceBase::setDrivingDataPage>},
+    {"driving_position", "POSITION", readNumber<&CanServiceBase::setCanDrivingPosition>},
+    {"any_data", "[BYTE]...", readAnyData},
+    {"flush_debug_file", "", readNothing<&CanServiceBase::flushDebugFile>},
 };
 
 } // namespace
 
 bool readHostCall(LineReader &line, HostCall *call)
 {
-    QString name;
-    if (!line.text("the name of a host operation", &name))
-        return false;
+    const auto *operation = readRow(line, "a host operation", kOperations);
+    return operation && operation->read(line, call);
+}
+
+QStringList operationNames()
+{
     QStringList names;
-    for (const auto &operation : kOperations) {
+    for (const auto &operation : kOperations)
         names += QLatin1String(operation.name);
-        if (name == names.last())
-            return operation.read(line, call);
-    }
-    return line.fail(QStringLiteral("there is no host operation '%1'; possible: %2%3")
-                         .arg(name, names.join(", "), didYouMean(name, names)));
+    return names;
 }
 
 QString hostCallSyntax()
 {
     QString text;
     for (const auto &operation : kOperations)
-        text += QStringLiteral("call %1 %2\n")
-                    .arg(QLatin1String(operation.name), QLatin1String(operation.arguments));
+        text += QStringLiteral("call %1 %2")
+                    .arg(QLatin1String(operation.name), QLatin1String(operation.arguments))
+                    .trimmed() +
+                '\n';
     return text;
 }
 

@@ -14,6 +14,8 @@ using HostCall = std::function<void(CanServiceBase &)>;
 /// Reads the name of an operation and its arguments. What is wrong is told to \p line.
 bool readHostCall(LineReader &line, HostCall *call);
 
+QStringList operationNames();
+
 /// The forms of the operations, a line each.
 QString hostCallSyntax();
 

@@ -16,9 +16,17 @@ constexpr int kPollTick = 5; // ms; a getter may change without a signal.
 bool onlyLooks(const Action &action)
 {
     return std::holds_alternative<steps::Say>(action) ||
-           std::holds_alternative<steps::Wait>(action) ||
-           std::holds_alternative<steps::Expect>(action) ||
-           std::holds_alternative<steps::ExpectSignal>(action);
+           std::holds_alternative<steps::Wait>(action) || isExpectation(action);
+}
+
+// Who only waits for long does not need all that passes.
+template <typename Item>
+void appendLatest(QVector<Item> *items, const Item &item)
+{
+    constexpr int kMost = 4096;
+    if (items->size() >= kMost)
+        items->remove(0, kMost / 2);
+    items->append(item);
 }
 
 } // namespace
@@ -32,7 +40,12 @@ Runner::Runner(const Stage &stage, double speed, QObject *parent)
     connect(&mPoll, &QTimer::timeout, this, &Runner::look);
     if (mStage.host)
         connect(mStage.host, &Session::happened, this, [this](const Event &event) {
-            mSignals.append({event.name, event.arguments});
+            appendLatest(&mSignals, {event.name, event.arguments});
+        });
+    if (mStage.box)
+        connect(&mStage.box->box(), &VirtualBox::heard, this, [this](const LineItem &item) {
+            if (item.kind == LineItem::Frame)
+                appendLatest(&mFrames, item);
         });
 }
 
@@ -78,8 +91,10 @@ void Runner::advance()
         const Step step = mSteps.at(mNext++);
         // Several settings of one line are one step.
         if (!onlyLooks(step.action)) {
-            if (step.line != mLine || step.line == 0)
+            if (step.line != mLine || step.line == 0) {
                 mSignals.clear();
+                mFrames.clear();
+            }
             mUnsettled = true;
         }
         mLine = step.line;

@@ -77,6 +77,7 @@ private:
     bool act(const steps::NoFaults &);
     bool act(const steps::Expect &step);
     bool act(const steps::ExpectSignal &step);
+    bool act(const steps::ExpectFrame &step);
 
     void advance();
     void look();
@@ -84,7 +85,10 @@ private:
     bool wait(int milliseconds, std::function<bool()> until = {},
               std::function<bool(bool)> after = {}, std::function<void()> tick = {});
     bool judge(const steps::Expect &step);
+    bool await(const char *kind, const QString &expected, bool absent, int within,
+               std::function<bool()> take, std::function<QStringList()> others);
     bool takeSignal(const SignalExpectation &expectation);
+    bool takeFrame(const steps::ExpectFrame &step);
     bool fail(const QString &expected, int within, const QString &actual);
     int scaled(int milliseconds) const;
     qint64 now() const { return mClock.milliseconds(); }
@@ -97,8 +101,10 @@ private:
     QVector<Step> mSteps;
     int mNext = 0;
     std::optional<Pending> mPending;
-    bool mUnsettled = false;  ///< A step has acted, and its effect may be on its way.
-    QVector<Signal> mSignals; ///< Since the last step that acted, and not expected yet.
+    bool mUnsettled = false; ///< A step has acted, and its effect may be on its way.
+    // Since the last step that acted, and not expected yet.
+    QVector<Signal> mSignals;
+    QVector<LineItem> mFrames; ///< From the host.
     bool mRunning = false;
     Result mResult = Passed;
     int mLine = 0;

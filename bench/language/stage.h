@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bench/headunit/session.h"
+#include "bench/language/steps.h"
 
 namespace bench {
 
@@ -23,11 +24,15 @@ struct Stage
     {
     }
 
+    int present() const { return (host ? NeedsHost : Nobody) | (box ? NeedsBox : Nobody); }
     /// Everything that was sent has arrived and was answered.
     bool isQuiet() const
     {
         return host ? host->isQuiet() : !box || !box->isPlugged() || box->isQuiet();
     }
 };
+
+/// A mistake for each line of the steps that needs somebody who is not \p present, of Party.
+QVector<Mistake> findObstacles(const QVector<Step> &steps, int present);
 
 } // namespace bench

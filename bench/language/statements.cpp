@@ -35,7 +35,7 @@ bool readModel(LineReader &line, ParseContext &context)
 {
     if (!context.scenario->steps.isEmpty())
         return line.fail(QStringLiteral("the car model is chosen before the first step"));
-    return line.number("a car model", -32768, 65535, &context.scenario->carModel) &&
+    return line.number("a car model", 0, 65535, &context.scenario->carModel) &&
            (line.atEnd() || line.number("a car index", 0, 65535, &context.scenario->carIndex));
 }
 
@@ -185,6 +185,7 @@ constexpr struct
     {"expect", "NAME ==|!=|<|<=|>|>= VALUE [within TIME]", readExpect, Nobody},
     {"expect", "car NAME ==|!=|<|<=|>|>= VALUE [within TIME]", readExpect, Nobody},
     {"expect", "[no] signal NAME[(ARGUMENT, ...)] [within TIME]", readExpect, Nobody},
+    {"expect", "[no] frame NAME|TYPE [BYTE]... [within TIME]", readExpect, Nobody},
     {"silence", "", readSilence, NeedsBox},
     {"speak", "", readSpeak, NeedsBox},
     {"unplug", "", readUnplug, NeedsBox},

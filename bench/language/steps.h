@@ -118,6 +118,14 @@ struct ExpectSignal
     bool absent; ///< It must not come.
     int within;  ///< ms, real.
 };
+/// A frame of the host's.
+struct ExpectFrame
+{
+    quint8 dataType;
+    std::optional<QByteArray> payload; ///< Without it, any.
+    bool absent;                       ///< It must not come.
+    int within;                        ///< ms, real.
+};
 
 } // namespace steps
 
@@ -125,7 +133,14 @@ using Action =
     std::variant<steps::Say, steps::Start, steps::Stop, steps::Wait, steps::Set, steps::Change,
                  steps::Toggle, steps::Ramp, steps::Press, steps::Hold, steps::Release, steps::Call,
                  steps::Box, steps::Frame, steps::Bytes, steps::InjectFault, steps::FaultRates,
-                 steps::NoFaults, steps::Expect, steps::ExpectSignal>;
+                 steps::NoFaults, steps::Expect, steps::ExpectSignal, steps::ExpectFrame>;
+
+inline bool isExpectation(const Action &action)
+{
+    return std::holds_alternative<steps::Expect>(action) ||
+           std::holds_alternative<steps::ExpectSignal>(action) ||
+           std::holds_alternative<steps::ExpectFrame>(action);
+}
 
 /// Who must be there for a step.
 enum Party { Nobody = 0, NeedsHost = 1, NeedsBox = 2 };

@@ -28,6 +28,15 @@ bool cutQuoted(const QString &line, int *at, QString *text)
     return false;
 }
 
+// Decimal, or 0x and hexadecimal digits.
+bool readInt(const QString &word, int *result)
+{
+    bool isNumber = false;
+    const bool isHex = word.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    *result = isHex ? word.mid(2).toInt(&isNumber, 16) : word.toInt(&isNumber, 10);
+    return isNumber;
+}
+
 } // namespace
 
 QVector<Token> cutLine(const QString &line, Mistake *mistake)
@@ -144,18 +153,19 @@ bool LineReader::time(int *milliseconds)
 bool LineReader::number(const char *what, int low, int high, int *result)
 {
     QString word;
-    if (!text(what, &word))
-        return false;
-    bool isNumber = false;
-    const bool isHex = word.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
-    const int value = isHex ? word.mid(2).toInt(&isNumber, 16) : word.toInt(&isNumber, 10);
-    if (!isNumber || value < low || value > high)
-        return fail(QStringLiteral("'%1' is not %2 from %3 to %4")
-                        .arg(word, QLatin1String(what))
-                        .arg(low)
-                        .arg(high));
-    *result = value;
-    return true;
+    return text(what, &word) && ((readInt(word, result) && *result >= low && *result <= high) ||
+                                 fail(QStringLiteral("'%1' is not %2 from %3 to %4")
+                                          .arg(word, QLatin1String(what))
+                                          .arg(low)
+                                          .arg(high)));
+}
+
+bool LineReader::wholeNumber(const char *what, int *result)
+{
+    QString word;
+    return text(what, &word) &&
+           (readInt(word, result) ||
+            fail(QStringLiteral("'%1' is not %2: a whole number").arg(word, QLatin1String(what))));
 }
 
 bool LineReader::share(const char *what, double *result)

@@ -50,6 +50,7 @@ public:
     bool comparison(const char *what, QString *result); ///< A word of `=`, `!`, `<` and `>`.
     bool time(int *milliseconds);                       ///< 200ms, 1.5s or 2min; up to an hour.
     bool number(const char *what, int low, int high, int *result); ///< Decimal, or 0x and hex.
+    bool wholeNumber(const char *what, int *result);               ///< Any int.
     bool share(const char *what, double *result);                  ///< 0 to 1, or 0% to 100%.
     bool bytes(const char *what, QByteArray *result);              ///< To the end of the line.
     bool end();                                                    ///< Nothing more on the line.

@@ -13,7 +13,7 @@ PlotValue drivingData(const QString &text)
     bool isNumber = false;
     const double number = text.left(end).toDouble(&isNumber);
     if (isNumber)
-        return {PlotValue::Number, number, {}, text.mid(end)};
+        return {PlotValue::Number, number, {}, text.mid(end).trimmed()};
     return {PlotValue::Number, std::nan(""), QStringLiteral("none"), {}};
 }
 

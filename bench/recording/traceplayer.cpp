@@ -15,15 +15,17 @@ constexpr int kPortion = 2048;
 
 } // namespace
 
-TracePlayer::TracePlayer(const QString &file, const PlayOptions &options, QObject *parent)
+TracePlayer::TracePlayer(const QString &file, const PlayOptions &options, const Clock &clock,
+                         QObject *parent)
     : QObject(parent)
     , mOptions(options)
     , mTrace(file)
     , mCutter(options.fromBox ? LineCutter::Host : LineCutter::Box)
+    , mClock(clock)
 {
     mTimer.setSingleShot(true);
     mTimer.setTimerType(Qt::PreciseTimer);
-    connect(&mTimer, &QTimer::timeout, this, &TracePlayer::onTimer);
+    connect(&mTimer, &QTimer::timeout, this, &TracePlayer::tick);
     connect(&mCutter, &LineCutter::item, this, [this](const LineItem &item) {
         if (item.kind == LineItem::Frame && mOptions.only.contains(item.dataType))
             mSelected += canbox::buildFrame(item.dataType, item.bytes);
@@ -53,12 +55,15 @@ QString TracePlayer::prepare()
 
 void TracePlayer::start()
 {
-    mClock.start();
+    mBegin = mClock.nanoseconds();
     fetch();
     mTimer.start(0);
 }
 
-double TracePlayer::elapsed() const { return static_cast<double>(mClock.nsecsElapsed()) / 1e9; }
+double TracePlayer::elapsed() const
+{
+    return static_cast<double>(mClock.nanoseconds() - mBegin) / 1e9;
+}
 
 std::optional<double> TracePlayer::duration() const
 {
@@ -86,7 +91,7 @@ double TracePlayer::due() const
     return (mPass * mPassSeconds + inPass) / mOptions.speed;
 }
 
-void TracePlayer::onTimer()
+void TracePlayer::tick()
 {
     int portion = 0;
     while (mHasLine && due() <= elapsed() && portion < kPortion) {

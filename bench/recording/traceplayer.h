@@ -2,9 +2,9 @@
 #pragma once
 
 #include "bench/recording/trace.h"
+#include "bench/wire/clock.h"
 #include "bench/wire/linecutter.h"
 
-#include <QElapsedTimer>
 #include <QSet>
 #include <QTimer>
 
@@ -29,12 +29,15 @@ class TracePlayer : public QObject
     Q_OBJECT
 
 public:
-    TracePlayer(const QString &file, const PlayOptions &options, QObject *parent = nullptr);
+    TracePlayer(const QString &file, const PlayOptions &options, const Clock &clock,
+                QObject *parent = nullptr);
 
     /// Reads the recording once. \returns an empty text, or why there is nothing to play. A
     /// recording that is damaged later on is played to there, once.
     QString prepare();
     void start();
+    /// Plays what is due. A timer does so, too.
+    void tick();
 
     double elapsed() const; ///< Seconds since the start.
     /// Seconds that all passes take; nothing for ever.
@@ -52,7 +55,6 @@ signals:
 
 private:
     void fetch();
-    void onTimer();
     double due() const;
     QByteArray selected(const TraceLine &line);
 
@@ -65,7 +67,8 @@ private:
     bool mDamaged = false;
 
     QTimer mTimer;
-    QElapsedTimer mClock;
+    const Clock &mClock;
+    qint64 mBegin = 0; ///< Nanoseconds.
     TraceLine mLine;
     bool mHasLine = false;
     double mLineTime = 0; ///< Seconds since the first line; never goes back.

@@ -43,7 +43,11 @@ QString TraceRecorder::start(const OutputTarget &target, const QString &port, co
     mClock.start();
     mWriter.comment(QString::fromLatin1(traceText(car).mid(2)));
     mWriter.comment(QStringLiteral("(seconds since 1970) port, R from the box or T to it, bytes"));
+    return {};
+}
 
+void TraceRecorder::watchPorts()
+{
     using canservice::SerialMonitor;
     const SerialMonitor *monitor = SerialMonitor::instance();
     connect(monitor, &SerialMonitor::received, this,
@@ -54,12 +58,19 @@ QString TraceRecorder::start(const OutputTarget &target, const QString &port, co
                     record(false, bytes);
             });
     connect(monitor, &SerialMonitor::connectionChanged, this,
-            [this](bool, const QString &message) { mWriter.comment(message); });
-    return {};
+            [this](bool, const QString &message) { comment(message); });
+}
+
+void TraceRecorder::comment(const QString &text)
+{
+    if (!mPort.isEmpty())
+        mWriter.comment(text);
 }
 
 void TraceRecorder::record(bool fromBox, const QByteArray &bytes)
 {
+    if (mPort.isEmpty())
+        return;
     const qint64 now = mStart + mClock.nsecsElapsed() / 1000;
     mWriter.write({now, mPort, fromBox, bytes});
 }

@@ -28,7 +28,7 @@ private:
     QString mProblem;
 };
 
-/// Records what the serial ports of this process read and write.
+/// Makes a recording while it happens.
 class TraceRecorder : public QObject
 {
     Q_OBJECT
@@ -39,13 +39,16 @@ public:
     /// \param port the name for the lines; blanks in it become underscores.
     /// \returns an empty text, or why \p target cannot be written.
     QString start(const OutputTarget &target, const QString &port, const TraceCar &car);
+    /// From now on, records what the serial ports of this process read and write.
+    void watchPorts();
+    /// A chunk that passes now; nothing before start().
+    void record(bool fromBox, const QByteArray &bytes);
+    void comment(const QString &text);
     QString problem() const { return mWriter.problem(); }
 
 private:
-    void record(bool fromBox, const QByteArray &bytes);
-
     TraceWriter mWriter;
-    QByteArray mPort;
+    QByteArray mPort;  ///< Empty before the start.
     qint64 mStart = 0; ///< Microseconds since 1970; from there on the monotonic clock counts.
     QElapsedTimer mClock;
 };

@@ -12,7 +12,9 @@ namespace {
 constexpr int kDrawInterval = 50;   // ms
 constexpr int kClockInterval = 500; // ms, for what changes without an event
 constexpr int kKeptEvents = 200;
-constexpr int kHelpColumns = 2;
+constexpr int kTitleWidth = 10;
+// A screen of this size has the picture of the car, the facts beside it, and some events.
+constexpr QSize kFullView{76, 18};
 
 /// A radar distance as one character: 1 is nearest, a dot is nothing.
 QString nearness(const StateWatch &state, const QByteArray &sensor)
@@ -89,21 +91,78 @@ QString keyText(const QVector<Value> &arguments)
              QLatin1String(numberOf(arguments.value(2)) > 0 ? "steering wheel" : "panel"));
 }
 
-QVector<ScreenLine> helpLines()
+// Parts with commas between, on as many lines as they need.
+QStringList wrapped(const QString &title, const QStringList &parts, int columns)
 {
+    QStringList lines;
+    QString line = ' ' + title.leftJustified(kTitleWidth);
+    for (int i = 0; i < parts.size(); ++i) {
+        const QString part = parts.at(i) + (i + 1 < parts.size() ? ", " : "");
+        if (line.size() + part.trimmed().size() > columns && line.size() > kTitleWidth + 1) {
+            lines += line;
+            line = QString(kTitleWidth + 1, ' ');
+        }
+        line += part;
+    }
+    return lines + QStringList(line);
+}
+
+QStringList climateParts(const StateWatch &state) { return climateLine(state).split(", "); }
+
+// What a small screen has of the car, the most important first.
+QStringList smallFacts(const StateWatch &state, int columns)
+{
+    constexpr struct
+    {
+        const char *getter, *text;
+    } kDoors[] = {{"door.left_front", "left front"},
+                  {"door.right_front", "right front"},
+                  {"door.left_rear", "left rear"},
+                  {"door.right_rear", "right rear"},
+                  {"door.rear", "tailgate"}};
+    constexpr const char *kTyres[] = {"tyre.front_left", "tyre.front_right", "tyre.rear_left",
+                                      "tyre.rear_right"};
+    QStringList doors, tyres;
+    for (const auto &row : kDoors)
+        if (state.isOn(row.getter))
+            doors += QLatin1String(row.text);
+    for (const char *name : kTyres)
+        tyres += tyre(state, name);
+    const auto get = [&state](const char *name) { return state.text(name); };
+    return wrapped("driving", {get("drive.speed"), get("drive.range")}, columns) +
+           wrapped("doors", doors.isEmpty() ? QStringList("closed") : doors, columns) +
+           QStringList(" radar     " + radar(state, "radar.front") + "   rear  " +
+                       radar(state, "radar.rear")) +
+           wrapped("climate", climateParts(state), columns) + wrapped("tyres", tyres, columns) +
+           wrapped("battery", {get("battery.voltage")}, columns);
+}
+
+struct KeyHelp
+{
+    int pages = 0;
     QVector<ScreenLine> lines;
+};
+
+// One page of the keys, in as many columns as there is room for.
+KeyHelp keyHelp(int page, const QSize &room)
+{
+    constexpr int kColumn = 33;
     const Span<ViewKey> keys = viewKeys();
-    const int rows = (keys.count + kHelpColumns - 1) / kHelpColumns;
+    const int columns = std::max(1, (room.width() + 2) / kColumn);
+    const int rows = std::clamp(room.height(), 1, (keys.count + columns - 1) / columns);
+    const int perPage = rows * columns;
+    KeyHelp help;
+    help.pages = (keys.count + perPage - 1) / perPage;
+    const int first = std::min(page, help.pages - 1) * perPage;
     for (int row = 0; row < rows; ++row) {
         QString text;
-        for (int index = row; index < keys.count; index += rows)
+        for (int index = first + row; index < std::min(first + perPage, keys.count); index += rows)
             text += QStringLiteral(" %1  %2")
                         .arg(QLatin1Char(keys[index].key))
-                        .arg(QLatin1String(keys[index].help), -34);
-        lines.append({text});
+                        .arg(QLatin1String(keys[index].help), 4 - kColumn);
+        help.lines.append({text});
     }
-    lines.append({QStringLiteral(" ?  back to the events               q  quit")});
-    return lines;
+    return help;
 }
 
 } // namespace
@@ -146,7 +205,7 @@ void LiveView::onKey(char key)
     if (key == 'q')
         emit quit();
     if (key == '?')
-        mShowHelp = !mShowHelp;
+        ++mHelpPage;
     for (const ViewKey &row : viewKeys())
         if (row.key == key)
             emit acted(QString::fromLatin1(row.steps));
@@ -161,14 +220,26 @@ void LiveView::drawSoon()
 
 void LiveView::draw()
 {
-    QVector<ScreenLine> lines = stateLines();
-    lines.append({QString()});
-    if (mShowHelp) {
-        lines += helpLines();
-    } else {
-        const int room = std::max(0, mTerminal.size().height() - lines.size());
-        for (const QString &event : mEvents.mid(std::max(0, mEvents.size() - room)))
-            lines.append({event, ScreenLine::Faint});
+    const QSize size = mTerminal.size();
+    KeyHelp help;
+    if (mHelpPage > 0) {
+        // With some room for what the keys do.
+        help = keyHelp(mHelpPage - 1, {size.width(), size.height() - 3});
+        if (mHelpPage > help.pages)
+            mHelpPage = 0;
+    }
+    QVector<ScreenLine> lines{headLine(size.width(), help.pages)};
+    if (mHelpPage > 0)
+        lines += help.lines;
+    else
+        lines += stateLines(size);
+    if (lines.size() < size.height())
+        lines.append({QString()});
+    const int room = std::max(0, size.height() - lines.size());
+    for (QString event : mEvents.mid(std::max(0, mEvents.size() - room))) {
+        if (size.width() < kFullView.width())
+            event = event.simplified();
+        lines.append({event, ScreenLine::Faint});
     }
     mTerminal.show(lines);
     mDrawTmr.start(kClockInterval);
@@ -177,7 +248,7 @@ void LiveView::draw()
 // What the bench knows of the link, which is more than the service's codes: those stay for 31 s.
 QString LiveView::linkText() const
 {
-    constexpr double kQuiet = 2.5; // s: a living box is heard at least with the answer to a knock.
+    constexpr double kQuiet = 4; // s
     BoxEnd *const box = mSession->boxEnd();
     if (box && !box->isPlugged())
         return QStringLiteral("UNPLUGGED");
@@ -185,34 +256,59 @@ QString LiveView::linkText() const
         return QStringLiteral("NO DEVICE");
     if (mSession->linkCode() == 0)
         return QStringLiteral("LINK LOST");
+    if (box && box->box().isSilent())
+        return QStringLiteral("BOX SILENT");
     if (mSession->linkCode() < 0)
         return QStringLiteral("knocking");
-    if (box && box->box().isSilent())
-        return QStringLiteral("box silent");
     const double quiet = mSession->secondsSinceByte();
     return quiet < kQuiet ? QStringLiteral("link up")
                           : QStringLiteral("link up, no bytes for %1 s").arg(quiet, 0, 'f', 0);
 }
 
-QVector<ScreenLine> LiveView::stateLines() const
+// The link, and as many of the counts as there is room for before the two keys.
+ScreenLine LiveView::headLine(int columns, int helpPages) const
 {
-    const StateWatch &state = mSession->state();
     const Summary &summary = mSession->summary();
     const QString link = linkText();
-    const QString head =
-        QStringLiteral(" %1   %2   %3 s   in %4   out %5   bad %6   ? keys, q quit")
-            .arg(link, orNone(state.text("version")))
-            .arg(mSession->seconds(), 0, 'f', 1)
-            .arg(summary.fromBox.frameTotal())
-            .arg(summary.toBox.frameTotal())
-            .arg(summary.fromBox.badChecksums);
+    const QString keys = mHelpPage == 0           ? QStringLiteral("? keys  q quit ")
+                         : mHelpPage == helpPages ? QStringLiteral("? back  q quit ")
+                                                  : QStringLiteral("? more  q quit ");
+    QString head = ' ' + link;
+    if (mHelpPage > 0 && helpPages > 1)
+        head += QStringLiteral("   keys %1/%2").arg(mHelpPage).arg(helpPages);
+    for (const QString &part : {QStringLiteral("%1 s").arg(mSession->seconds(), 0, 'f', 1),
+                                orNone(mSession->state().text("version")),
+                                QStringLiteral("bad %1").arg(summary.fromBox.badChecksums),
+                                QStringLiteral("in %1").arg(summary.fromBox.frameTotal()),
+                                QStringLiteral("out %1").arg(summary.toBox.frameTotal())}) {
+        if (head.size() + 3 + part.size() + 2 + keys.size() > columns)
+            break;
+        head += QStringLiteral("   ") + part;
+    }
+    head = head.leftJustified(columns - keys.size()) + keys;
+    return {head, link.at(0).isUpper() ? ScreenLine::Alarm : ScreenLine::Title};
+}
 
+QVector<ScreenLine> LiveView::stateLines(const QSize &size) const
+{
+    constexpr int kClimateLines = 2; // So that nothing below moves.
+    constexpr int kEventLines = 3;
+    const StateWatch &state = mSession->state();
+    const bool isFull = size.width() >= kFullView.width() && size.height() >= kFullView.height();
+    QStringList climate = wrapped("climate", climateParts(state), size.width());
     QVector<ScreenLine> lines;
-    lines.append({head, link.at(1).isUpper() ? ScreenLine::Alarm : ScreenLine::Title});
+    if (!isFull) {
+        const int room = std::max(1, size.height() - 2 - kEventLines);
+        for (const QString &line : smallFacts(state, size.width()).mid(0, room))
+            lines.append({line});
+        return lines;
+    }
+    while (climate.size() < kClimateLines)
+        climate += QString();
     lines.append({QString()});
-    lines.append({QStringLiteral(" climate   ") + climateLine(state)});
+    for (const QString &line : qAsConst(climate))
+        lines.append({line});
     lines.append({QString()});
-
     const Cluster cluster = mSession->boxEnd() ? mSession->boxEnd()->car().cluster() : Cluster();
     const QStringList car = carPicture(state);
     const QStringList beside =

@@ -32,7 +32,8 @@ private:
     void drawSoon();
     void draw();
     QString linkText() const;
-    QVector<ScreenLine> stateLines() const;
+    ScreenLine headLine(int columns, int helpPages) const;
+    QVector<ScreenLine> stateLines(const QSize &size) const;
 
     Session *const mSession;
     QtMessageHandler mMessages;
@@ -40,7 +41,7 @@ private:
     QTimer mDrawTmr;
     QStringList mEvents; ///< The latest last.
     QString mKey = QStringLiteral("none");
-    bool mShowHelp = false;
+    int mHelpPage = 0; ///< Of the keys, from 1; 0 for none.
 };
 
 } // namespace bench

@@ -110,6 +110,23 @@ void add(JsonLine &json, const Value &value)
     std::visit([&json](const auto &content) { json.value(content); }, value);
 }
 
+void add(JsonLine &json, const Reading &reading)
+{
+    if (reading.value)
+        add(json, *reading.value);
+    else
+        json.value(QVariant());
+}
+
+// A switch is 0 or 1, and no reading is an empty field.
+QString fieldText(const Reading &reading)
+{
+    if (!reading.value)
+        return {};
+    return isSwitch(*reading.value) ? QString::number(numberOf(*reading.value))
+                                    : plainText(*reading.value);
+}
+
 void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
 {
     json.key(name).beginObject().key("frames").beginObject();
@@ -121,12 +138,6 @@ void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
         .member("badChecksums", counts.badChecksums)
         .member("noiseBytes", counts.noiseBytes)
         .endObject();
-}
-
-void put(const QString &line)
-{
-    standardOutput().line(line);
-    standardOutput().flush(); // Whoever reads the pipe follows live.
 }
 
 } // namespace
@@ -178,6 +189,21 @@ QString eventLine(const Event &event, const StateWatch &state)
         .arg(text.isEmpty() ? call : call.leftJustified(24) + text);
 }
 
+void Printer::put(const QString &line)
+{
+    if (mSink)
+        return mSink(printable(line).toUtf8() + '\n');
+    standardOutput().line(line);
+    standardOutput().flush(); // Whoever reads the pipe follows live.
+}
+
+void Printer::putBytes(const QByteArray &line)
+{
+    if (mSink)
+        return mSink(line);
+    standardOutput().bytes(line);
+}
+
 // Code 3 comes with every frame.
 bool Printer::isRepetition(const Event &event)
 {
@@ -218,7 +244,7 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
     case Csv:
         row(seconds, fromBox ? "box" : "host", kindName(item.kind),
             isFrame(item) ? csvName(fromBox, item.dataType) : QString(),
-            QString::fromLatin1(item.bytes.toHex().toUpper()));
+            QString::fromLatin1(item.bytes.toHex().toUpper()), QStringLiteral("hex"));
         break;
     }
 }
@@ -250,7 +276,7 @@ void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
             .member("name", frameName(fromBox, item.dataType));
     if (item.kind == LineItem::BadChecksum)
         mJson.member("received", hexByte(item.received)).member("expected", hexByte(item.expected));
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::printJson(const Event &event)
@@ -261,15 +287,16 @@ void Printer::printJson(const Event &event)
     mJson.endArray().key("changes").beginObject();
     for (const Change &change : event.changes) {
         const Getter &row = getter(change.getter);
-        add(mJson.key(row.name).beginObject().key("value"), change.after);
-        add(mJson.key("before"), change.before);
-        if (row.words.count > 0)
+        const Reading after = row.reading(change.after, change.unitAfter);
+        add(mJson.key(row.name).beginObject().key("value"), after);
+        add(mJson.key("before"), row.reading(change.before, change.unitBefore));
+        if (row.words.count > 0 || row.isQuantity())
             mJson.member("text", change.afterText());
-        if (!change.unitAfter.isEmpty())
-            mJson.member("unit", change.unitAfter);
+        if (!after.unit.isEmpty())
+            mJson.member("unit", after.unit);
         mJson.endObject();
     }
-    standardOutput().bytes(mJson.endObject().end());
+    putBytes(mJson.endObject().end());
     standardOutput().flush();
 }
 
@@ -287,7 +314,7 @@ void Printer::row(double seconds, const char *source, const char *kind, const QS
         bytes += ',';
         appendCsvField(&bytes, field);
     }
-    standardOutput().bytes(bytes + '\n');
+    putBytes(bytes + '\n');
 }
 
 void Printer::printCsv(const Event &event)
@@ -296,10 +323,26 @@ void Printer::printCsv(const Event &event)
     row(event.seconds, "service", isSignal ? "signal" : "event", event.name,
         argumentText(event.arguments));
     for (const Change &change : event.changes) {
-        const Value &value = change.after;
-        row(event.seconds, "service", "value", QLatin1String(getter(change.getter).name),
-            isSwitch(value) ? QString::number(numberOf(value)) : plainText(value),
-            change.unitAfter);
+        const Getter &row = getter(change.getter);
+        const Reading after = row.reading(change.after, change.unitAfter);
+        this->row(event.seconds, "service", "value", QLatin1String(row.name), fieldText(after),
+                  after.unit);
+    }
+}
+
+void Printer::note(double seconds, const char *source, const QString &text,
+                   const QVector<QPair<const char *, Value>> &members)
+{
+    if (mFormat == Text) {
+        put(QStringLiteral("%1  %2 %3")
+                .arg(seconds, 9, 'f', 3)
+                .arg(QLatin1String(source), -6)
+                .arg(text));
+    } else if (mFormat == Json) {
+        beginJson(seconds).member("event", source);
+        for (const auto &member : members)
+            add(mJson.key(member.first), member.second);
+        putBytes(mJson.end());
     }
 }
 
@@ -308,7 +351,7 @@ void Printer::heading(const QString &text, double seconds)
     if (mFormat == Text)
         return put({}), put(QStringLiteral("-- ") + text);
     if (mFormat == Json)
-        standardOutput().bytes(beginJson(seconds).member("say", text).end());
+        putBytes(beginJson(seconds).member("say", text).end());
 }
 
 void Printer::outcome(const QString &text, const QVector<QPair<const char *, Value>> &members)
@@ -318,7 +361,7 @@ void Printer::outcome(const QString &text, const QVector<QPair<const char *, Val
     mJson.begin();
     for (const auto &member : members)
         add(mJson.key(member.first), member.second);
-    standardOutput().bytes(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::print(const Summary &summary, double seconds)
@@ -339,7 +382,7 @@ void Printer::print(const char *name, const QVector<QPair<QString, qint64>> &cou
         mJson.begin().key(name).beginObject();
         for (const auto &row : counts)
             mJson.member(row.first.toUtf8().constData(), row.second);
-        standardOutput().bytes(mJson.endObject().end());
+        putBytes(mJson.endObject().end());
     }
 }
 
@@ -380,7 +423,7 @@ void Printer::printJson(const Summary &summary, double seconds)
     mJson.member("droppedWrites", summary.droppedWrites).key("events").beginObject();
     for (auto row = summary.events.cbegin(); row != summary.events.cend(); ++row)
         mJson.member(row.key().toLatin1().constData(), row.value());
-    standardOutput().bytes(mJson.endObject().endObject().end());
+    putBytes(mJson.endObject().endObject().end());
 }
 
 } // namespace bench

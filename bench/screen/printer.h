@@ -4,6 +4,8 @@
 #include "bench/headunit/session.h"
 #include "bench/screen/jsonline.h"
 
+#include <functional>
+
 namespace bench {
 
 /// The climate in one line: `on, 21.5 °C | 22 °C, fan 3, mode 1, auto`.
@@ -15,10 +17,13 @@ class Printer
 {
 public:
     enum Format { Text, Json, Csv };
+    using Sink = std::function<void(const QByteArray &line)>;
 
     /// CSV begins with its head line, when the first row is written.
-    explicit Printer(Format format)
+    /// \param sink gets what would go to standard output.
+    explicit Printer(Format format, Sink sink = {})
         : mFormat(format)
+        , mSink(std::move(sink))
     {
     }
 
@@ -32,6 +37,9 @@ public:
     void print(const Event &event, const StateWatch &state);
     /// Something on the line.
     void print(bool fromBox, const LineItem &item, double seconds);
+    /// Something else: \p text for a person, \p members for a program.
+    void note(double seconds, const char *source, const QString &text,
+              const QVector<QPair<const char *, Value>> &members);
     /// A heading between events.
     void heading(const QString &text, double seconds);
     /// An outcome: text for a person, and its members for a program.
@@ -41,6 +49,8 @@ public:
     void print(const char *name, const QVector<QPair<QString, qint64>> &counts);
 
 private:
+    void put(const QString &line);
+    void putBytes(const QByteArray &line);
     bool isRepetition(const Event &event);
     void printJson(const Event &event);
     void printCsv(const Event &event);
@@ -55,6 +65,7 @@ private:
     JsonLine &beginJson(double seconds);
 
     const Format mFormat;
+    const Sink mSink;
     bool mTerse = false;
     bool mHasHead = false;
     int mLinkCode = -1;

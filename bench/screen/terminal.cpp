@@ -18,7 +18,8 @@ namespace {
 constexpr char kEnter[] = "\033[?1049h\033[?25l\033[?7l";
 constexpr char kLeave[] = "\033[?7h\033[?25h\033[?1049l";
 constexpr char kHome[] = "\033[H";
-constexpr char kClearToLineEnd[] = "\033[K";
+constexpr char kClearToLineEnd[] = "\033[K"; // Before the text: behind a full line it would take
+                                             // the last column away.
 constexpr char kClearToScreenEnd[] = "\033[J";
 constexpr char kReset[] = "\033[0m";
 constexpr QChar kCut = 0x2026; // An ellipsis.
@@ -153,13 +154,13 @@ void Terminal::draw()
     for (int i = 0; i < count; ++i) {
         const ScreenLine &line = mLines.at(i);
         const char *style = mColours ? escape(line.style) : "";
-        bytes += style + fitting(line.text, room.width()).toUtf8() + (*style ? kReset : "") +
-                 kClearToLineEnd;
+        bytes += kClearToLineEnd;
+        bytes += style + fitting(line.text, room.width()).toUtf8() + (*style ? kReset : "");
         // A line feed on the last line would scroll the screen.
-        if (i + 1 < count)
+        if (i + 1 < room.height())
             bytes += "\r\n";
     }
-    put(bytes + kClearToScreenEnd);
+    put(count < room.height() ? bytes + kClearToScreenEnd : bytes);
 }
 
 void Terminal::onSignal(int number)

@@ -1,0 +1,201 @@
+#include "bench/language/names.h"
+
+#include "bench/car/virtualcar.h"
+#include "bench/headunit/session.h"
+#include "bench/language/expectation.h"
+#include "bench/language/operations.h"
+#include "bench/wire/linefaults.h"
+
+#include <set>
+
+namespace bench {
+
+namespace {
+
+QString signalOf(const bench::Getter &row)
+{
+    for (int signal = 0; signal < interfaceSignals().size(); ++signal)
+        if (announcedBy(signal).contains(findGetter(QLatin1String(row.name))))
+            return interfaceSignals().at(signal).name;
+    return {};
+}
+
+// A wire that carries one value.
+class OneValue : public Wire
+{
+public:
+    OneValue(ValueId id, int raw)
+        : mId(id)
+        , mRaw(raw)
+    {
+    }
+
+    std::optional<int> raw(ValueId id) const override
+    {
+        return id == mId ? std::optional<int>(mRaw) : std::nullopt;
+    }
+    int carModel() const override { return 1; }
+
+private:
+    const ValueId mId;
+    const int mRaw;
+};
+
+// The whole numbers that a host shows for all that the wire can say, with the getter's words:
+// "1 to 5, 7, none".
+QString numbersShown(ValueId id, const bench::Getter &row)
+{
+    constexpr int kInt = 1;
+    if (row.read.type != kInt || !row.meaning)
+        return {};
+    std::set<int> numbers;
+    QStringList parts, words;
+    for (int raw = 0; raw <= fieldOf(id).mask(); ++raw)
+        if (const std::optional<Value> value = row.meaning(OneValue(id, raw)))
+            numbers.insert(static_cast<int>(numberOf(*value)));
+    for (const Word &word : row.words)
+        if (numbers.erase(word.raw) > 0)
+            words += QLatin1String(word.text);
+    for (auto at = numbers.begin(); at != numbers.end();) {
+        const int first = *at;
+        int last = first;
+        while (++at != numbers.end() && *at == last + 1)
+            last = *at;
+        parts += last == first ? QString::number(first)
+                               : QStringLiteral("%1 to %2").arg(first).arg(last);
+    }
+    return (parts + words).join(QStringLiteral(", "));
+}
+
+NameRow carRow(ValueId id)
+{
+    static const VirtualCar car;
+    const Field &field = fieldOf(id);
+    NameRow row{NameRow::CarValue,
+                QLatin1String(field.name),
+                true,
+                false,
+                valueRange(field),
+                {},
+                car.text(id),
+                QString::fromUtf8(field.unit),
+                &reportOf(id),
+                {}};
+    const int index = findGetter(row.name);
+    if (index < 0)
+        return row;
+    row.isExpected = true;
+    row.signal = signalOf(getter(index));
+    row.shown = numbersShown(id, getter(index));
+    if (row.shown == row.values)
+        row.shown.clear();
+    return row;
+}
+
+NameRow observedRow(const QString &name)
+{
+    const Observable observable = Observable::find(name);
+    const int index = findGetter(name);
+    NameRow row{NameRow::OfBench, name, false, true, observable.possible(), {}, {}, {}, {}, {}};
+    if (index < 0)
+        return row;
+    row.kind = getter(index).alias ? NameRow::OldName : NameRow::Getter;
+    row.report = findReport(getter(index).report);
+    row.signal = signalOf(getter(index));
+    return row;
+}
+
+QStringList keyCodes()
+{
+    QStringList codes;
+    for (int code = 0; code <= 0xFF; ++code)
+        codes += QString::number(code);
+    return codes;
+}
+
+QStringList carValueNames()
+{
+    QStringList names;
+    for (int index = 0; index < kValueCount; ++index)
+        names += QLatin1String(fieldOf(ValueId{index}).name);
+    return names;
+}
+
+QStringList faultWords() { return QStringList("all") + faultNames(); }
+
+QStringList frameTypes()
+{
+    QStringList names;
+    for (const Report &report : kReports)
+        names += QLatin1String(report.name);
+    return names;
+}
+
+// Those that differ from the others on the wire.
+QStringList specialModels()
+{
+    QStringList models;
+    for (int model = 0; model <= 0xFF; ++model)
+        if (hasTwoCodesPerSensor(model))
+            models += QString::number(model);
+    return models;
+}
+
+const struct
+{
+    const char *what;
+    QStringList (*words)();
+} kWords[] = {
+    {"set", carValueNames},   {"expect", Observable::names}, {"signal", eventNames},
+    {"call", operationNames}, {"faults", faultWords},        {"press", keyCodes},
+    {"only", frameTypes},     {"model", specialModels},
+};
+
+} // namespace
+
+QVector<NameRow> nameRows()
+{
+    QVector<NameRow> rows;
+    for (int index = 0; index < kValueCount; ++index)
+        rows += carRow(ValueId{index});
+    QVector<NameRow> observed;
+    for (const QString &name : Observable::names())
+        if (!findValue(name))
+            observed += observedRow(name);
+    for (const auto kind : {NameRow::Getter, NameRow::OfBench, NameRow::OldName})
+        for (const NameRow &row : qAsConst(observed))
+            if (row.kind == kind)
+                rows += row;
+    for (const QString &name : eventNames()) {
+        const QString arguments = eventArguments(name).join(", ");
+        rows.append({NameRow::Signal,
+                     name,
+                     false,
+                     true,
+                     arguments.isEmpty() ? "no arguments" : arguments,
+                     {},
+                     {},
+                     {},
+                     nullptr,
+                     {}});
+    }
+    return rows;
+}
+
+QStringList wordsFor(const QString &what)
+{
+    for (const auto &row : kWords)
+        if (what == QLatin1String(row.what))
+            return row.words();
+    return {};
+}
+
+QStringList wordedOptions()
+{
+    QStringList names;
+    for (const auto &row : kWords)
+        names += QLatin1String(row.what);
+    return names;
+}
+
+} // namespace bench
