@@ -122,7 +122,7 @@ const struct
     {"replayed to the damage", "replay --loop 0 TRACE", 1, "sigAmbientChanged", "test.trace:2: "},
     {"exported to the damage", "export --format candump TRACE", 1, "100#2E6102053C5B",
      "test.trace:2: "},
-    {"unknown format", "export --format pcap TRACE", 2, "", "--format needs candump or pcapng"},
+    {"unknown format", "export --format pcap TRACE", 2, "", "--format needs candump, pcapng or"},
     {"no room", "export --format pcapng -o /dev/full TRACE", 1, "", "/dev/full: No space"},
     {"unknown type", "replay --only 0x24,wheels TRACE", 2, "", "no frame type 'wheels'"},
     {"no speed", "replay --speed 0 TRACE", 2, "", "--speed needs"},

@@ -11,7 +11,7 @@ _canbench()
         return
     fi
     case $before in
-    --plugin | --trace | --output | -o | --link | --scenario | --control)
+    --plugin | --trace | --report | --output | -o | --link | --scenario | --control)
         compopt -o filenames
         COMPREPLY=($(compgen -f -- "$word"))
         return ;;
@@ -19,7 +19,7 @@ _canbench()
         COMPREPLY=($(compgen -f -- "${word:-/dev/tty}"))
         return ;;
     --format)
-        COMPREPLY=($(compgen -W "candump pcapng" -- "$word"))
+        COMPREPLY=($(compgen -W "candump pcapng html" -- "$word"))
         return ;;
     --set)
         compopt -o nospace
