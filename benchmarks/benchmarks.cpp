@@ -36,7 +36,7 @@ void receiveInChunks(benchmark::State &state)
     theHost->listenTo(service);
     for (auto _ : state)
         for (const QByteArray &chunk : chunks)
-            emit canservice::ServiceProbe::portOf(service).read(chunk);
+            emit canservice::ServiceProbe(service).port.read(chunk);
     countBytes(state, stream.size());
 }
 BENCHMARK(receiveInChunks)->Arg(1)->Arg(14)->Arg(32)->Arg(4096)->Arg(65536);
@@ -52,7 +52,7 @@ void receiveFrames(benchmark::State &state)
             theHost->listenTo(service);
             state.ResumeTiming();
             for (qint64 i = 0; i < state.range(0); ++i)
-                emit canservice::ServiceProbe::portOf(service).read(frame);
+                emit canservice::ServiceProbe(service).port.read(frame);
             state.PauseTiming();
         }
         state.ResumeTiming();
@@ -68,7 +68,7 @@ void receiveWithDiagnostics(benchmark::State &state)
     theHost->listenTo(service);
     QuietHost::setDiagnostics(true);
     for (auto _ : state)
-        emit canservice::ServiceProbe::portOf(service).read(frame);
+        emit canservice::ServiceProbe(service).port.read(frame);
     QuietHost::setDiagnostics(false);
     countBytes(state, kFrameSize);
 }

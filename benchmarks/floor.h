@@ -15,7 +15,7 @@ class FloorSignals : public QObject
 
 signals:
     void notifyCanbusStatus(int status);
-    void acStatusChanged();
+    void dataChanged();
 
 protected slots:
     virtual void onDataReady(QByteArray buf) = 0;
@@ -27,7 +27,9 @@ template <typename RestartedTimer>
 class Floor final : public FloorSignals
 {
 public:
-    Floor()
+    /// \p signalCount of each frame, the link code's among them.
+    explicit Floor(int signalCount)
+        : mSignalCount(signalCount)
     {
         connect(&mPort, SIGNAL(read(QByteArray)), this, SLOT(onDataReady(QByteArray)));
         mCheckConnectTmr.setInterval(30000);
@@ -92,9 +94,11 @@ private:
         mRequestConnectTmr.stop();
         mCheckConnectTmr.start();
         emit notifyCanbusStatus(3);
-        emit acStatusChanged();
+        for (int i = 1; i < mSignalCount; ++i)
+            emit dataChanged();
     }
 
+    const int mSignalCount;
     canservice::SerialPort mPort;
     RestartedTimer mCheckConnectTmr;
     RestartedTimer mParseOutTmr;

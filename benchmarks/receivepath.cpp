@@ -1,59 +1,85 @@
-// Receives climate frames, to be counted under callgrind:
+// Receives frames of each type, to be counted under callgrind:
 //
 //   receivepath <service|floor|timer-floor> <frames>
 //
-// What runs below receiveFrames() is what the frames cost; all else is left out of the count.
+// Prints a line for each call of receiveFrames(); what runs below that is what the frames cost, and
+// all else is left out of the count.
 #include "benchmarks/receivepath.h"
 #include "benchmarks/floor.h"
 
+#include <canbusmanager.h>
+
+#include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
-extern "C" Q_NEVER_INLINE void receiveFrames(canservice::SerialPort &port, const QByteArray &frame,
+namespace {
+
+using Frames = std::array<QByteArray, 2>; // which come in turn
+
+} // namespace
+
+extern "C" Q_NEVER_INLINE void receiveFrames(canservice::SerialPort &port, const Frames &frames,
                                              int count)
 {
     for (int i = 0; i < count; ++i)
-        emit port.read(frame);
+        emit port.read(frames[static_cast<std::size_t>(i % 2)]);
 }
 
 namespace {
 
 constexpr int kWarmUp = 100; // frames, after which every buffer has its size
 
-template <typename Subject>
-int run(receivepath::QuietHost &host, Subject &subject, canservice::SerialPort &port, int frames)
+/// \returns the signals that a frame causes, once the buffers have their size.
+int warmUp(receivepath::QuietHost &host, canservice::SerialPort &port, const Frames &frames)
 {
-    const QByteArray frame = receivepath::climateFrame();
-    host.listenTo(subject);
-    for (int i = 0; i < kWarmUp; ++i)
-        emit port.read(frame);
-    receiveFrames(port, frame, frames);
-    if (host.heard() == 2 * (kWarmUp + frames))
-        return EXIT_SUCCESS;
-    std::fprintf(stderr, "%d signals came from %d frames\n", host.heard(), kWarmUp + frames);
-    return EXIT_FAILURE;
+    int before = 0;
+    for (int i = 0; i < 2 * kWarmUp; ++i) {
+        before = i == kWarmUp ? host.heard() : before;
+        emit port.read(frames[static_cast<std::size_t>(i % 2)]);
+    }
+    return (host.heard() - before) / kWarmUp;
+}
+
+template <typename RestartedTimer>
+void runFloor(receivepath::QuietHost &host, const Frames &frames, int count, int signalCount)
+{
+    Floor<RestartedTimer> floor(signalCount);
+    host.hear(floor, &FloorSignals::notifyCanbusStatus);
+    host.hear(floor, &FloorSignals::dataChanged);
+    if (warmUp(host, floor.port(), frames) != signalCount)
+        std::abort();
+    receiveFrames(floor.port(), frames, count);
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    const char *name = argc == 3 ? argv[1] : "";
-    const int frames = argc == 3 ? std::atoi(argv[2]) : 0;
+    const QByteArray subject = argc == 3 ? argv[1] : "";
+    const int count = argc == 3 ? std::atoi(argv[2]) : 0;
+    if (count <= 0 || (subject != "service" && subject != "floor" && subject != "timer-floor")) {
+        std::fputs("usage: receivepath <service|floor|timer-floor> <frames>\n", stderr);
+        return 2;
+    }
     receivepath::QuietHost host;
-    if (frames > 0 && std::strcmp(name, "service") == 0) {
-        canservice::SimpleService service;
-        return run(host, service, canservice::ServiceProbe::portOf(service), frames);
+    for (const receivepath::Traffic &traffic : receivepath::kTraffic) {
+        for (const int other : {0, 1}) {
+            const Frames frames{traffic.frame(0), traffic.frame(other)};
+            CanBusManager::instance()->setCarModelId(traffic.model);
+            canservice::SimpleService service;
+            service.start();
+            host.listenTo(service);
+            canservice::SerialPort &port = canservice::ServiceProbe(service).port;
+            const int signalCount = warmUp(host, port, frames);
+            std::printf("%s, %s\n", traffic.name, other ? "changing" : "repeated");
+            if (subject == "service")
+                receiveFrames(port, frames, count);
+            else if (subject == "floor")
+                runFloor<canservice::LazyTimer>(host, frames, count, signalCount);
+            else
+                runFloor<QTimer>(host, frames, count, signalCount);
+        }
     }
-    if (frames > 0 && std::strcmp(name, "floor") == 0) {
-        Floor<LazyTimer> floor;
-        return run(host, floor, floor.port(), frames);
-    }
-    if (frames > 0 && std::strcmp(name, "timer-floor") == 0) {
-        Floor<QTimer> floor;
-        return run(host, floor, floor.port(), frames);
-    }
-    std::fputs("usage: receivepath <service|floor|timer-floor> <frames>\n", stderr);
-    return 2;
+    return 0;
 }

@@ -106,9 +106,8 @@ void SimpleService::sendRadioStatus(QString source, QStringList info, int type)
     }
 }
 
-void SimpleService::sendSourceStatus(QString source, QStringList info, int type)
+void SimpleService::sendSourceStatus(QString, QStringList info, int type)
 {
-    Q_UNUSED(source)
     LOG_DEBUG() << "src type-->" << type;
     if (type != TextSource && type != OtherTextSource)
         return;

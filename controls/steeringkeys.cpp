@@ -4,6 +4,8 @@
 
 #include "protocol/diagnostics.h"
 
+#include <utility>
+
 namespace canservice {
 
 namespace {
@@ -53,9 +55,10 @@ void SimpleService::trackKey(int key, int action, bool fromSwc)
     } else if (action == Released && mKeyPressed) {
         const bool shortPress = mLongPressTmr.isActive();
         mLongPressTmr.stop();
-        emit keyEvent(mCurrentKey, shortPress ? KeyUp : LongPressEnded, mKeyFromSwc);
+        // Before the signal: its slots may let the next press in.
         mKeyPressed = false;
-        mCurrentKey = key;
+        const int released = std::exchange(mCurrentKey, key);
+        emit keyEvent(released, shortPress ? KeyUp : LongPressEnded, mKeyFromSwc);
     }
 }
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "servicemodel.h"
-#include "tests/serviceprobe.h"
+#include "tests/servicetest.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

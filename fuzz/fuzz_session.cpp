@@ -1,5 +1,5 @@
 // Whole lives of a service on a serial device: bytes through the device, time-outs, calls of the
-// host, host slots that let the next bytes in, the cable pulled and plugged in again.
+// host, writes and slots that let the next bytes in, the cable pulled and plugged in again.
 #include "comparison.h"
 
 #include "bench/box/pseudoterminal.h"
@@ -16,43 +16,31 @@ public:
     bool eventFilter(QObject *, QEvent *event) override { return event->type() == QEvent::Timer; }
 };
 
-class Session : public QObject
+class Session
 {
-    Q_OBJECT
-
 public:
     explicit Session(int carModel)
         : both(carModel)
     {
-        connect(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::received, this,
-                [this](const QByteArray &chunk) {
-                    mReceived += chunk;
-                    both.model.receive(chunk);
-                });
-        // After the journal's own connections.
-        const QMetaObject &signals_ = CanServiceBase::staticMetaObject;
-        const QMetaMethod slot = metaObject()->method(metaObject()->indexOfSlot("onSignal()"));
-        for (int i = signals_.methodOffset(); i < signals_.methodCount(); ++i)
-            connect(&both.test.service, signals_.method(i), this, slot);
-        both.model.afterSignal = [this] {
-            const QByteArray chunk = std::exchange(mNestedModel, QByteArray());
-            if (!chunk.isEmpty())
-                both.model.receive(chunk);
-        };
+        QObject::connect(canservice::SerialMonitor::instance(),
+                         &canservice::SerialMonitor::received, &both.test.service,
+                         [this](const QByteArray &chunk) {
+                             mReceived += chunk;
+                             both.model.receive(chunk);
+                         });
+        both.model.afterEvent = [this] { letIn(mNestedModel, both.model); };
+        both.test.afterEvent = [this] { letIn(mNestedService, both.test); };
     }
 
     /// Bytes straight to the service or through a device, in any pieces: but they must arrive.
     void receive(bench::PseudoTerminal *device, const QByteArray &bytes)
     {
-        if (!device)
-            return both.receive(bytes);
-        mReceived.clear();
-        device->write(bytes);
-        const QDeadlineTimer deadline(20000);
-        while (mReceived.size() < bytes.size() && !deadline.hasExpired())
-            QCoreApplication::processEvents();
-        if (mReceived != bytes)
-            fail({QString::fromLatin1(mReceived.toHex())}, {QString::fromLatin1(bytes.toHex())});
+        mAwkward = true;
+        if (device)
+            receiveThrough(*device, bytes);
+        else
+            both.receive(bytes);
+        mAwkward = false;
     }
 
     /// The cable is pulled. The service notices now, or later: at a write or at its end.
@@ -68,20 +56,39 @@ public:
             fail({QStringLiteral("still open")}, {QStringLiteral("lost")});
     }
 
-    /// The next signal of the service lets \p chunk in before it returns.
+    /// The next write or signal that bytes or a time-out cause lets \p chunk in before it returns.
     void nest(const QByteArray &chunk) { mNestedModel = mNestedService = chunk; }
+
+    void fire(ServiceModel::Timer timer)
+    {
+        mAwkward = true;
+        both.fire(timer);
+        mAwkward = false;
+    }
 
     Comparison both;
 
-private slots:
-    void onSignal()
+private:
+    void receiveThrough(bench::PseudoTerminal &device, const QByteArray &bytes)
     {
-        const QByteArray chunk = std::exchange(mNestedService, QByteArray());
-        if (!chunk.isEmpty())
-            both.test.receive(chunk);
+        mReceived.clear();
+        device.write(bytes);
+        const QDeadlineTimer deadline(20000);
+        while (mReceived.size() < bytes.size() && !deadline.hasExpired())
+            QCoreApplication::processEvents();
+        if (mReceived != bytes)
+            fail({QString::fromLatin1(mReceived.toHex())}, {QString::fromLatin1(bytes.toHex())});
     }
 
-private:
+    template <typename Side>
+    void letIn(QByteArray &nested, Side &side)
+    {
+        const QByteArray chunk = mAwkward ? std::exchange(nested, QByteArray()) : QByteArray();
+        if (!chunk.isEmpty())
+            side.receive(chunk);
+    }
+
+    bool mAwkward = false; ///< Bytes and time-outs alone let bytes in: the model sees all they do.
     QByteArray mReceived, mNestedModel, mNestedService;
 };
 
@@ -146,9 +153,9 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
             session = std::make_unique<Session>(randomCar(data));
             break;
         default:
-            session->both.fire(data.PickValueInArray(
-                {ServiceModel::Check, ServiceModel::Knock, ServiceModel::Watchdog,
-                 ServiceModel::CarType, ServiceModel::LongPress, ServiceModel::ParseOut}));
+            session->fire(data.PickValueInArray({ServiceModel::Check, ServiceModel::Knock,
+                                                 ServiceModel::Watchdog, ServiceModel::CarType,
+                                                 ServiceModel::LongPress, ServiceModel::ParseOut}));
             break;
         }
         session->both.compareJournal();
@@ -161,5 +168,3 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, size_t size)
         fail({device.errorString()}, {});
     return 0;
 }
-
-#include "fuzz_session.moc"

@@ -56,17 +56,27 @@ QByteArray frameOf(quint8 dataType, const Bytes &payload)
 
 void ServiceModel::write(quint8 dataType, const Bytes &payload, bool flag)
 {
-    journal << QString::fromLatin1(frameOf(dataType, payload).toHex()) +
-                   QString::fromLatin1(flag ? " !" : "");
+    note(QString::fromLatin1(frameOf(dataType, payload).toHex()) +
+         QString::fromLatin1(flag ? " !" : ""));
 }
 
-void ServiceModel::signal(const QString &line)
+void ServiceModel::note(const QString &event)
 {
-    journal << line;
-    afterSignal();
+    journal << event;
+    afterEvent();
 }
 
+// The line's order: whatever comes in while a chunk is taken comes after it.
 void ServiceModel::receive(const QByteArray &chunk)
+{
+    mLine.push_back(chunk);
+    if (mLine.size() > 1)
+        return;
+    for (; !mLine.empty(); mLine.pop_front())
+        takeChunk(mLine.front());
+}
+
+void ServiceModel::takeChunk(const QByteArray &chunk)
 {
     if (!mOpen.empty())
         running[ParseOut] = true;
@@ -87,10 +97,10 @@ void ServiceModel::receive(const QByteArray &chunk)
 void ServiceModel::take(const Bytes &frame)
 {
     if (std::accumulate(frame.begin() + 1, frame.end(), 0) % 256 != 255) {
-        journal << QStringLiteral("f0 !");
+        note(QStringLiteral("f0 !"));
         return;
     }
-    journal << QStringLiteral("ff !");
+    note(QStringLiteral("ff !"));
     running[ParseOut] = false;
     alive();
     handle(frame[1], Bytes(frame.begin() + 3, frame.end() - 1));
@@ -101,7 +111,7 @@ void ServiceModel::alive()
     noAnswerCount = 0;
     running[Watchdog] = running[Knock] = false;
     running[Check] = true;
-    signal(QStringLiteral("notifyCanbusStatus 3"));
+    note(QStringLiteral("notifyCanbusStatus 3"));
 }
 
 void ServiceModel::start()
@@ -143,15 +153,15 @@ void ServiceModel::fire(Timer timer)
         noAnswerCount = 0;
         running[Watchdog] = running[Check] = running[CarType] = false;
         running[Knock] = true;
-        signal(QStringLiteral("notifyCanbusStatus 0"));
+        note(QStringLiteral("notifyCanbusStatus 0"));
         break;
     case CarType:
         selectCar();
         break;
     case LongPress:
         running[LongPress] = false;
-        signal(QStringLiteral("keyEvent %1 2 %2")
-                   .arg(QString::number(key), QString::fromLatin1(mFromWheel ? "true" : "false")));
+        note(QStringLiteral("keyEvent %1 2 %2")
+                 .arg(QString::number(key), QString::fromLatin1(mFromWheel ? "true" : "false")));
         break;
     case ParseOut:
         running[ParseOut] = false;
@@ -196,13 +206,13 @@ void ServiceModel::handle(quint8 dataType, const Bytes &payload)
         handleKey(payload[0], payload[1]);
     } else if (dataType == 0x21 && size == 10) {
         mClimate = payload;
-        signal(QStringLiteral("acStatusChanged"));
+        note(QStringLiteral("acStatusChanged"));
     } else if ((dataType == 0x22 || dataType == 0x23) && size == 8) {
         handleRadar(payload, dataType == 0x22);
     } else if (dataType == 0x24 && size == 7) {
         const int doors = payload[0] / 8;
         if (std::exchange(mDoors, doors) != doors)
-            signal(QStringLiteral("doorChanged"));
+            note(QStringLiteral("doorChanged"));
     } else if (dataType == 0x28 && size == 2) {
         static const QString temperatures[] = {QStringLiteral("°C"), QStringLiteral("°F")};
         static const QString pressures[] = {QStringLiteral("psi"), QStringLiteral("kPa"),
@@ -211,11 +221,11 @@ void ServiceModel::handle(quint8 dataType, const Bytes &payload)
             mTemperatureText = temperatures[mTemperatureUnit = payload[1]];
         if (payload[0] == 0x70 && payload[1] < 3)
             mPressureText = pressures[mPressureUnit = payload[1]];
-        signal(QStringLiteral("unitDataChanged"));
+        note(QStringLiteral("unitDataChanged"));
     } else if (dataType == 0x30) {
         const auto end = std::find(payload.begin(), payload.end(), 0);
         mVersion = QString::fromUtf8(std::string(payload.begin(), end).c_str());
-        signal(QStringLiteral("sigVersionData"));
+        note(QStringLiteral("sigVersionData"));
         alive();
         running[CarType] = true;
     } else if (dataType == 0x61 && size == 2) {
@@ -223,7 +233,7 @@ void ServiceModel::handle(quint8 dataType, const Bytes &payload)
         const auto *found = std::find(std::begin(codes), std::end(codes), payload[0] % 128);
         mColour = found == std::end(codes) ? 0 : static_cast<int>(found - codes);
         mLevel = payload[1] / 5;
-        signal(QStringLiteral("sigAmbientChanged"));
+        note(QStringLiteral("sigAmbientChanged"));
     } else if (dataType == 0x63 && size == 18) {
         handleVehicle1(payload);
     } else if (dataType == 0x69 && size == 5) {
@@ -236,12 +246,11 @@ void ServiceModel::handleKey(quint8 code, quint8 action)
     if (action == 1 && !mHeld) {
         mHeld = mFromWheel = running[LongPress] = true;
         key = code;
-        signal(QStringLiteral("keyEvent %1 0 true").arg(key));
+        note(QStringLiteral("keyEvent %1 0 true").arg(key));
     } else if (action == 0 && mHeld) {
         const int state = std::exchange(running[LongPress], false) ? 1 : 3;
-        signal(QStringLiteral("keyEvent %1 %2 true").arg(key).arg(state));
+        note(QStringLiteral("keyEvent %1 %2 true").arg(std::exchange(key, code)).arg(state));
         mHeld = false;
-        key = code;
     }
 }
 
@@ -260,14 +269,14 @@ void ServiceModel::handleRadar(const Bytes &p, bool rear)
         changed |= std::exchange(mDistance[i + (rear ? 4 : 0)], distance) != distance;
     }
     if (changed)
-        signal(QStringLiteral("sigRadarChanged"));
+        note(QStringLiteral("sigRadarChanged"));
 }
 
 void ServiceModel::handleVehicle1(const Bytes &p)
 {
     const auto keepText = [this](QString &kept, const QString &text) {
         if (std::exchange(kept, text) != text)
-            signal(QStringLiteral("drivingDataChanged"));
+            note(QStringLiteral("drivingDataChanged"));
     };
     const int range = p[3] * 256 + p[4];
     const int tenths = 2 * p[5] + 1;
@@ -278,7 +287,7 @@ void ServiceModel::handleVehicle1(const Bytes &p)
 
     if (!std::equal(p.begin() + 7, p.begin() + 11, mPressureCode)) {
         std::copy(p.begin() + 7, p.begin() + 11, mPressureCode);
-        signal(QStringLiteral("tireDataChanged"));
+        note(QStringLiteral("tireDataChanged"));
     }
     bool changed = false;
     for (size_t tire = 0; tire < 4; ++tire) {
@@ -288,17 +297,17 @@ void ServiceModel::handleVehicle1(const Bytes &p)
     }
     mTireAlert = mTireState[0] + mTireState[1] + mTireState[2] + mTireState[3] > 0 ? 1 : 0;
     if (changed)
-        signal(QStringLiteral("tireAlert"));
+        note(QStringLiteral("tireAlert"));
 }
 
 void ServiceModel::handleVehicle2(const Bytes &p)
 {
     const QString speed = p[0] == 255 ? QStringLiteral("--") : QStringLiteral("%1km/h").arg(p[0]);
     if (std::exchange(mSpeed, speed) != speed)
-        signal(QStringLiteral("drivingDataChanged"));
+        note(QStringLiteral("drivingDataChanged"));
     const int code = std::min<int>(p[4], 240);
     if (std::exchange(mBatteryCode, code) != code)
-        signal(QStringLiteral("batteryVoltageChange"));
+        note(QStringLiteral("batteryVoltageChange"));
 }
 
 // In the order of stateOf(), which asks the service.

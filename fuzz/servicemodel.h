@@ -1,5 +1,7 @@
 // The oracle of the fuzz targets: what a service does with bytes, calls and time-outs, written a
-// second time and another way. It shares no code and no table with the plug-in.
+// second time and another way, from the wire. Nothing is included from the plug-in. Its lists (car
+// models, colour codes) are the same numbers once more, which no way of writing makes independent:
+// a wrong number in both is for the tests of the subject to find.
 #pragma once
 
 #include <QByteArray>
@@ -7,6 +9,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <deque>
 #include <functional>
 #include <vector>
 
@@ -33,8 +36,8 @@ public:
     int carIndex = 0;
 
     // What comes of it.
-    QStringList journal; ///< In the form of ServiceTest's.
-    std::function<void()> afterSignal = [] {};
+    QStringList journal;                      ///< In the form of ServiceTest's.
+    std::function<void()> afterEvent = [] {}; ///< What a host does within each of these.
     QVector<double> numbers() const;
     QStringList texts() const;
     bool running[TimerCount] = {};
@@ -44,7 +47,8 @@ public:
 
 private:
     void write(quint8 dataType, const Bytes &payload, bool flag);
-    void signal(const QString &line);
+    void note(const QString &event);
+    void takeChunk(const QByteArray &chunk);
     void alive();
     void selectCar();
     void wakeUp();
@@ -56,7 +60,8 @@ private:
     void handleVehicle2(const Bytes &payload);
     bool hasOwnPalette() const { return carModel >= 97 && carModel <= 102; }
 
-    Bytes mOpen; ///< The frame that is being received, from its head on.
+    std::deque<QByteArray> mLine; ///< Chunks; the first is being taken.
+    Bytes mOpen;                  ///< The frame that is being received, from its head on.
     bool mHeld = false;
     bool mFromWheel = false;
     QString mVersion;

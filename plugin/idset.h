@@ -6,6 +6,8 @@
 #include <initializer_list>
 #include <stdexcept>
 
+namespace canservice {
+
 /// A constant set of small numbers, 0 to \p Limit - 1: membership is one bit test, and any number
 /// outside is in no set.
 template <int Limit>
@@ -74,3 +76,5 @@ private:
 
 /// Car model ids. Ids outside 0 to 127 are in no list.
 using ModelSet = IdSet<128>;
+
+} // namespace canservice

@@ -2,13 +2,15 @@
 
 #include <QTimerEvent>
 
+namespace canservice {
+
 void LazyTimer::start()
 {
     mDue = Clock::now() + std::chrono::milliseconds(interval());
     mRunning = true;
     // A wake-up on its way may be for a longer interval than the present one.
     if (!mWakeUp.isActive() || mDue < mWakesAt)
-        wakeUpIn(interval());
+        wakeUpIn(interval(), timerType());
 }
 
 void LazyTimer::start(int interval)
@@ -20,9 +22,8 @@ void LazyTimer::start(int interval)
 int LazyTimer::remainingTime() const
 {
     using namespace std::chrono;
-    return mRunning
-               ? qMax(0, static_cast<int>(duration_cast<milliseconds>(mDue - Clock::now()).count()))
-               : -1;
+    return mRunning ? qMax(0, static_cast<int>(ceil<milliseconds>(mDue - Clock::now()).count()))
+                    : -1;
 }
 
 void LazyTimer::timerEvent(QTimerEvent *)
@@ -31,10 +32,9 @@ void LazyTimer::timerEvent(QTimerEvent *)
     if (!mRunning)
         return;
 
-    // Coarse timers run out up to 5 % early; going to sleep again for that rest would gain nothing.
-    const int rest = remainingTime();
-    if (rest > interval() / 20) {
-        wakeUpIn(rest);
+    // A restart has moved the time-out, or a coarse timer ran out early.
+    if (const int rest = remainingTime(); rest > 0) {
+        wakeUpIn(rest, Qt::PreciseTimer);
         return;
     }
 
@@ -48,8 +48,10 @@ void LazyTimer::timerEvent(QTimerEvent *)
     QTimer::timerEvent(&due);
 }
 
-void LazyTimer::wakeUpIn(int milliseconds)
+void LazyTimer::wakeUpIn(int milliseconds, Qt::TimerType accuracy)
 {
     mWakesAt = Clock::now() + std::chrono::milliseconds(milliseconds);
-    mWakeUp.start(milliseconds, this);
+    mWakeUp.start(milliseconds, accuracy, this);
 }
+
+} // namespace canservice

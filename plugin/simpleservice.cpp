@@ -5,6 +5,17 @@
 
 namespace canservice {
 
+namespace {
+
+// Intervals, in ms.
+constexpr int kLinkCheck = 30000;
+constexpr int kKnock = 2000;
+constexpr int kAnswerTick = 300;
+constexpr int kCarSelection = 1000;
+constexpr int kParseOut = 500;
+
+} // namespace
+
 SimpleService::SimpleService()
 {
     mSerialPort.open(QString(), canbox::kBaudRate);
@@ -14,19 +25,19 @@ SimpleService::SimpleService()
     mLongPressTmr.setSingleShot(true);
     connect(&mLongPressTmr, SIGNAL(timeout()), this, SLOT(onLongPressTimeout()));
 
-    mCheckConnectTmr.setInterval(30000);
+    mCheckConnectTmr.setInterval(kLinkCheck);
     connect(&mCheckConnectTmr, SIGNAL(timeout()), this, SLOT(onCheckConnectTmrout()));
 
-    mRequestConnectTmr.setInterval(2000);
+    mRequestConnectTmr.setInterval(kKnock);
     connect(&mRequestConnectTmr, SIGNAL(timeout()), this, SLOT(onRequestConnect()));
 
-    mSendTmr.setInterval(300);
+    mSendTmr.setInterval(kAnswerTick);
     connect(&mSendTmr, SIGNAL(timeout()), this, SLOT(onSendTmrout()));
 
-    mCartypeTmr.setInterval(1000);
+    mCartypeTmr.setInterval(kCarSelection);
     connect(&mCartypeTmr, SIGNAL(timeout()), this, SLOT(onCartypeConnect()));
 
-    mParseOutTmr.setInterval(500);
+    mParseOutTmr.setInterval(kParseOut);
     mParseOutTmr.setSingleShot(true);
     connect(&mParseOutTmr, SIGNAL(timeout()), this, SLOT(onmParseOutTmrout()));
 

@@ -16,6 +16,7 @@
 #include <QTimer>
 
 #include <array>
+#include <utility>
 
 namespace canservice {
 
@@ -235,13 +236,27 @@ private slots:
 private:
     friend class ServiceProbe; // The tests' view of parser and timers.
 
+    using Handler = void (SimpleService::*)(int dataType, QByteArray &payload);
+
     // plugin/linksupervision.cpp
     void keepLinkAlive();
 
     // protocol/receiveparser.cpp: the stored numbers appear in the log.
     enum ParseState { Idle = 0, AwaitLength = 2, AwaitType = 3, Payload = 4, AwaitChecksum = 5 };
-    bool takeByte(quint8 byte); ///< \returns false for a wrong checksum.
-    void acceptFrame();
+    inline bool beginChunk();          ///< \returns false when no chunk waits.
+    inline bool takeByte(quint8 byte); ///< \returns whether it is a frame's checksum.
+    inline void takePayloadByte(quint8 byte);
+    inline bool answerFrame(quint8 checksum); ///< \returns whether that is right.
+
+    // protocol/dispatch.cpp
+    // A frame is handled in steps, each of which ends with its signal. Newer bytes that come in
+    // there find the steps that are left here, and take them before anything else.
+    template <std::size_t count>
+    void setSteps(const Handler (&steps)[count], int dataType, QByteArray &payload);
+    void finishFrame();
+
+    // protocol/version.cpp
+    void selectCarEachSecond(int dataType, QByteArray &payload);
 
     // protocol/outbound.cpp
     void requestReport(canbox::Inbound dataType, bool flag);
@@ -255,6 +270,22 @@ private:
     // vehicle/radar.cpp
     void storeRadarCodes(int firstPosition, const std::array<quint8, 4> &codes);
     int radarDistance(int position) const;
+
+    // vehicle/vehicleinfo.cpp: the steps of the two frames, each a value and its signal.
+    struct BuiltFrom
+    {
+        int code = -1;
+        QString unitText;
+    };
+    template <typename Number>
+    void takeText(QString &text, BuiltFrom &source, int code, Number number, int unit);
+    void takeOdometer(int dataType, QByteArray &payload);
+    void takeRange(int dataType, QByteArray &payload);
+    void takeConsumption(int dataType, QByteArray &payload);
+    void takeTirePressures(int dataType, QByteArray &payload);
+    void takeTireStates(int dataType, QByteArray &payload);
+    void takeSpeed(int dataType, QByteArray &payload);
+    void takeBatteryVoltage(int dataType, QByteArray &payload);
 
     // controls/steeringkeys.cpp
     void trackKey(int key, int action, bool fromSwc);
@@ -271,6 +302,24 @@ private:
 
     const QByteArray mGoodReceipt{1, static_cast<char>(canbox::kReceiptGood)};
     const QByteArray mBadReceipt{1, static_cast<char>(canbox::kReceiptBad)};
+    // What was received and has not been handled, in the line's order: the frame in hand, the rest
+    // of its chunk, the chunks that wait behind it. Each chunk's bytes are its onDataReady()'s.
+    bool mAccepted = false; ///< The frame has its receipt and has not been dispatched.
+    struct
+    {
+        const Handler *next = nullptr, *end = nullptr;
+        int dataType = 0;
+        QByteArray *payload = nullptr;
+    } mSteps;
+    const quint8 *mNextByte = nullptr, *mEndOfChunk = nullptr;
+    struct Chunk
+    {
+        const quint8 *begin, *end;
+        Chunk *newer;
+    };
+    Chunk *mWaiting = nullptr; ///< The oldest.
+    Chunk **mLastWaiting = &mWaiting;
+
     QByteArray mRecvPayload;   ///< Has its final size from the length byte on.
     char *mRecvNext = nullptr; ///< Where in it the next byte goes.
     int mParseState = Idle;
@@ -288,6 +337,7 @@ private:
     QByteArray mRadarData; ///< A level per sensor position; empty before the first start().
     FuelConsumptionData mFuelConsumptionData;
     DrivingData mDrivingData;
+    BuiltFrom mOdometerSource, mRangeSource, mConsumptionSource, mSpeedSource;
     OtherInfoData mOtherInfoData;
     CarSettingData mCarSettingData;
     UnitData mUnitData;
@@ -305,5 +355,21 @@ private:
     bool mKeyFromSwc = false;
     bool mKeyPressed = false;
 };
+
+template <std::size_t count>
+void SimpleService::setSteps(const Handler (&steps)[count], int dataType, QByteArray &payload)
+{
+    mSteps = {steps, steps + count, dataType, &payload};
+}
+
+inline void SimpleService::finishFrame()
+{
+    if (std::exchange(mAccepted, false))
+        dispatchEvent(mRecvDataType, mRecvPayload);
+    while (mSteps.next != mSteps.end) {
+        const Handler step = *mSteps.next++;
+        (this->*step)(mSteps.dataType, *mSteps.payload);
+    }
+}
 
 } // namespace canservice

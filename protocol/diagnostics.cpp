@@ -3,6 +3,7 @@
 
 #include <QMessageLogger>
 
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -12,11 +13,15 @@ namespace {
 
 constexpr char kFile[] = "simpleservice";
 
-// Asked of the kernel once per thread.
+// Asked of the kernel once per thread, and once more in a child that was forked from it.
+thread_local long theThreadId = 0;
+
 long threadId()
 {
-    thread_local const long id = syscall(SYS_gettid);
-    return id;
+    static const int watched = pthread_atfork(nullptr, nullptr, [] { theThreadId = 0; });
+    if (theThreadId == 0 || watched != 0)
+        theThreadId = syscall(SYS_gettid);
+    return theThreadId;
 }
 
 QDebug begin(QDebug line, const char *tag, const char *signature, int number)

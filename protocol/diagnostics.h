@@ -23,8 +23,17 @@ namespace diagnostics {
 constexpr bool debugEnabled() { return false; }
 constexpr bool errorEnabled() { return false; }
 #else
-inline bool debugEnabled() { return QLoggingCategory::defaultCategory()->isDebugEnabled(); }
-inline bool errorEnabled() { return QLoggingCategory::defaultCategory()->isCriticalEnabled(); }
+// When the process ends, static objects that outlive Qt's find no category.
+inline bool debugEnabled()
+{
+    const QLoggingCategory *category = QLoggingCategory::defaultCategory();
+    return category && category->isDebugEnabled();
+}
+inline bool errorEnabled()
+{
+    const QLoggingCategory *category = QLoggingCategory::defaultCategory();
+    return category && category->isCriticalEnabled();
+}
 #endif
 
 /// A line with what every line begins with; its own items follow. \p signature is of the writing

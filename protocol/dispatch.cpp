@@ -9,12 +9,10 @@ namespace canservice {
 
 namespace {
 
-using Handler = void (SimpleService::*)(int, QByteArray &);
-
 struct Route
 {
     canbox::Inbound dataType;
-    Handler handler;
+    void (SimpleService::*handler)(int, QByteArray &);
 };
 
 constexpr Route kRoutes[] = {
@@ -45,15 +43,15 @@ void SimpleService::dispatchEvent(int dataType, QByteArray &payload)
 {
     LOG_DEBUG() << dataType << payload.toHex();
     mParseOutTmr.stop();
-    keepLinkAlive();
 
     const auto type = static_cast<std::size_t>(dataType);
     const quint8 route = type < kRouteOf.size() ? kRouteOf[type] : 0;
-    if (route == 0) {
+    const Handler *const handler = route > 0 ? &kRoutes[route - 1].handler : nullptr;
+    mSteps = {handler, handler ? handler + 1 : nullptr, dataType, &payload};
+    keepLinkAlive();
+    if (!handler)
         LOG_DEBUG() << "ID IS ERROR!" << dataType;
-        return;
-    }
-    (this->*kRoutes[route - 1].handler)(dataType, payload);
+    finishFrame();
 }
 
 } // namespace canservice

@@ -7,25 +7,56 @@
 
 namespace canservice {
 
+// A host slot that runs an event loop of its own, and a port that reads while it writes, lead here
+// from within an earlier call. The line's order holds all the same: this call first takes what the
+// earlier ones have left, and these find nothing to do when they go on.
 void SimpleService::onDataReady(QByteArray buf)
 {
     const bool debugging = diagnostics::debugEnabled();
     LOG_DEBUG_IF(debugging) << ConfigManager::instance()->getPluginFullPath();
     LOG_DEBUG_IF(debugging) << buf.toHex();
 
+    Chunk chunk{canbox::bytesOf(buf), canbox::bytesOf(buf) + buf.size(), nullptr};
+    *mLastWaiting = &chunk;
+    mLastWaiting = &chunk.newer;
+
+    finishFrame();
+    do {
+        const quint8 *byte = mNextByte;
+        while (byte != mEndOfChunk) {
+            LOG_DEBUG_IF(debugging) << mParseState;
+            if (!takeByte(*byte++))
+                continue;
+            mNextByte = byte;
+            if (!answerFrame(byte[-1]))
+                LOG_ERROR() << "checksum err!";
+            byte = mNextByte;
+        }
+        mNextByte = byte;
+    } while (beginChunk());
+}
+
+inline bool SimpleService::beginChunk()
+{
+    if (!mWaiting)
+        return false;
+    mNextByte = mWaiting->begin;
+    mEndOfChunk = mWaiting->end;
+    mWaiting = mWaiting->newer;
+    if (!mWaiting)
+        mLastWaiting = &mWaiting;
     if (mParseState != Idle && !mParseOutTmr.isActive())
         mParseOutTmr.start();
-
-    const quint8 *const end = canbox::bytesOf(buf) + buf.size();
-    for (const quint8 *byte = canbox::bytesOf(buf); byte != end; ++byte) {
-        LOG_DEBUG_IF(debugging) << mParseState;
-        if (!takeByte(*byte))
-            LOG_ERROR() << "checksum err!";
-    }
+    return true;
 }
 
 inline bool SimpleService::takeByte(quint8 byte)
 {
+    // Most bytes are payload.
+    if (mParseState == Payload) {
+        takePayloadByte(byte);
+        return false;
+    }
     switch (mParseState) {
     case Idle:
         if (byte == canbox::kHead)
@@ -43,38 +74,35 @@ inline bool SimpleService::takeByte(quint8 byte)
         mRecvNext = mRecvPayload.data();
         mParseState = Payload;
         break;
-    case Payload:
-        // A length of 0 leaves nothing to take: the frame stays open until the parse-out timer.
-        if (mRecvRemain == 0)
-            break;
-        *mRecvNext++ = static_cast<char>(byte);
-        mRecvSum += byte;
-        if (--mRecvRemain == 0)
-            mParseState = AwaitChecksum;
-        break;
     case AwaitChecksum:
         mParseState = Idle;
-        if (byte != static_cast<quint8>(~mRecvSum)) {
-            mSerialPort.writeData(mBadReceipt, true);
-            return false;
-        }
-        acceptFrame();
-        break;
+        return true;
     }
-    return true;
+    return false;
 }
 
-void SimpleService::acceptFrame()
+inline void SimpleService::takePayloadByte(quint8 byte)
 {
-    // The parser is idle by now and the payload out of its reach: a host slot that runs an event
-    // loop of its own lets the next bytes in.
-    QByteArray payload;
-    payload.swap(mRecvPayload);
+    // A length of 0 leaves nothing to take: the frame stays open until the parse-out timer.
+    if (mRecvRemain == 0)
+        return;
+    *mRecvNext++ = static_cast<char>(byte);
+    mRecvSum += byte;
+    if (--mRecvRemain == 0)
+        mParseState = AwaitChecksum;
+}
+
+inline bool SimpleService::answerFrame(quint8 checksum)
+{
+    if (checksum != static_cast<quint8>(~mRecvSum)) {
+        mSerialPort.writeData(mBadReceipt, true);
+        return false;
+    }
+    mAccepted = true;
     // The receipt goes out before the frame is handled, so that a slow host slot cannot delay it.
     mSerialPort.writeData(mGoodReceipt, true);
-    dispatchEvent(mRecvDataType, payload);
-    if (mParseState == Idle)
-        payload.swap(mRecvPayload);
+    finishFrame();
+    return true;
 }
 
 void SimpleService::onmParseOutTmrout()

@@ -12,16 +12,23 @@ void SimpleService::requestVersion()
 }
 
 // Payload: UTF-8 up to the first zero byte, or all of it.
-void SimpleService::doVersion(int, QByteArray &payload)
+void SimpleService::doVersion(int dataType, QByteArray &payload)
 {
     const auto size = qstrnlen(payload.constData(), static_cast<uint>(payload.size()));
     mVersion = QString::fromUtf8(payload.constData(), static_cast<int>(size));
     LOG_DEBUG() << mVersion;
+    static constexpr Handler kSteps[] = {&SimpleService::selectCarEachSecond};
+    setSteps(kSteps, dataType, payload);
     emit sigVersionData();
-
     LOG_DEBUG() << mNoAnswerCount;
+    finishFrame();
+}
+
+void SimpleService::selectCarEachSecond(int, QByteArray &)
+{
     keepLinkAlive();
-    if (!mCartypeTmr.isActive())
+    // A host slot may have run an event loop until the link was lost.
+    if (mCheckConnectTmr.isActive() && !mCartypeTmr.isActive())
         mCartypeTmr.start();
 }
 

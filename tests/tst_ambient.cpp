@@ -1,5 +1,5 @@
 // Ambient light: the box's report, and the host's keys that start from it.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The climate frame: every getter over it, and the set temperatures.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 using canservice::SimpleService;
 

@@ -1,5 +1,5 @@
 // The host's climate keys as frames to the box.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // What a host that is compiled elsewhere relies on: slots, records and plug-in entry.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 #include <QLibrary>
 

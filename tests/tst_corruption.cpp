@@ -1,8 +1,11 @@
-// No corrupt frame is taken: each byte of a frame of each type is replaced by every other value,
-// the single-bit flips among them, and payloads have every other length.
-#include "serviceprobe.h"
+// Frames that are damaged: each byte of a frame of each type is replaced by every other value, the
+// single-bit flips among them, and payloads have every other length. None of it is taken. And
+// frames that come in while another is handled: all of them are taken, in the line's order.
+#include "servicetest.h"
 
-#include "getters.h"
+#include "bench/headunit/getters.h"
+
+#include <climits>
 
 namespace {
 
@@ -34,18 +37,57 @@ const QString kTaken("ff !, notifyCanbusStatus 3");
 struct State
 {
     explicit State(ServiceTest &test)
-        : shown(test.service)
-        , key(test.probe.currentKey)
+        : key(test.probe.currentKey)
     {
+        for (int index = 0; index < bench::getterCount(); ++index)
+            shown += bench::getter(index).read(test.service);
     }
-    bool operator==(const State &other) const
-    {
-        return shown.changesSince(other.shown).isEmpty() && key == other.key;
-    }
+    bool operator==(const State &other) const { return shown == other.shown && key == other.key; }
 
-    const bench::Snapshot shown;
+    QVector<bench::Value> shown;
     const int key;
 };
+
+// What a host sees and has of chunks, whose port reads while it writes and whose slots run event
+// loops: from one event on, each lets the next chunk in.
+struct Outcome
+{
+    Outcome(const QList<QByteArray> &chunks, int firstEvent)
+    {
+        const LogCapture silence(false);
+        ServiceTest test;
+        int next = 0;
+        test.afterEvent = [&] {
+            if (test.journal.size() > firstEvent && next < chunks.size())
+                test.receive(chunks.at(next++));
+        };
+        while (next < chunks.size())
+            test.receive(chunks.at(next++));
+        journal = test.journal;
+        state = std::make_unique<State>(test);
+        complete = test.probe.parseState == 0 && !test.probe.parseOut.isActive();
+    }
+
+    QStringList journal;
+    std::unique_ptr<State> state;
+    bool complete;
+};
+constexpr int kNever = INT_MAX;
+
+void compare(const Outcome &awkward, const Outcome &plain)
+{
+    QCOMPARE(awkward.journal, plain.journal);
+    QVERIFY(*awkward.state == *plain.state);
+    QVERIFY(awkward.complete && plain.complete);
+}
+
+QList<QByteArray> cut(const QByteArray &stream, int size)
+{
+    QList<QByteArray> pieces;
+    for (int at = 0; at < stream.size(); at += size)
+        pieces << stream.mid(at, size);
+    return pieces;
+}
 
 } // namespace
 
@@ -121,6 +163,36 @@ private slots:
         // The payload would have made a difference, had it been taken.
         test.receive(canbox::buildFrame(type, other));
         QVERIFY(!(State(test) == before));
+    }
+
+    // Each frame comes within the receipt and within each signal of each, cut at each third byte.
+    void newerBytesComeSecond_data() { addRows(kFrames); }
+    void newerBytesComeSecond()
+    {
+        const QByteArray outer = hex(currentRow(kFrames).frame);
+        for (const auto &row : kFrames) {
+            const bool same = row.frame == currentRow(kFrames).frame && row.other;
+            const QByteArray inner =
+                same ? canbox::buildFrame(canbox::byteAt(outer, 1), hex(row.other))
+                     : hex(row.frame);
+            const Outcome plain({outer, inner}, kNever);
+            const int events = Outcome({outer}, kNever).journal.size();
+            QVERIFY(events >= 2 && plain.journal.size() > events);
+            for (int event = 0; event < events; ++event) {
+                for (int size = 0; size < inner.size(); size += 3)
+                    compare(Outcome({outer + inner.left(size), inner.mid(size)}, event), plain);
+            }
+        }
+    }
+
+    void anyNumberOfChunksMayNest()
+    {
+        QByteArray stream;
+        for (const auto &row : kFrames)
+            stream += hex("2e250105d5 41") + hex(row.frame); // After a damaged frame and noise.
+        const Outcome plain({stream}, kNever);
+        for (int size = 1; size < stream.size(); ++size)
+            compare(Outcome(cut(stream, size), 0), plain);
     }
 };
 

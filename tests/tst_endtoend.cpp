@@ -1,5 +1,5 @@
 // The built plug-in in real time, from its file, on the virtual box behind a pseudo terminal.
-#include "session.h"
+#include "bench/headunit/session.h"
 
 #include <QFile>
 #include <QLoggingCategory>
@@ -42,43 +42,44 @@ private slots:
         options.carIndex = 0x1234;
         Session session(options);
         QCOMPARE(session.open(), QString());
-        QCOMPARE(speedOf(session.terminal().path()), speed_t(B38400));
+        bench::BoxEnd &end = *session.boxEnd();
+        QCOMPARE(speedOf(end.terminal().path()), speed_t(B38400));
         QByteArray heard;
-        connect(&session.terminal(), &bench::PseudoTerminal::received, this,
+        connect(&end.terminal(), &bench::PseudoTerminal::received, this,
                 [&heard](const QByteArray &bytes) { heard += bytes; });
 
         // The service knocks until the box answers.
-        session.box().setSilent(true);
+        end.box().setSilent(true);
         session.start();
         const QByteArray start = QByteArray::fromHex("2e8101017c 2e900230003d");
         QTRY_COMPARE(heard.toHex(), start.toHex());
         const QByteArray knock = QByteArray::fromHex("2e8101007d") + start;
         QTRY_COMPARE_WITH_TIMEOUT(heard.toHex(), (start + knock).toHex(), 3000);
         QCOMPARE(session.linkCode(), -1);
-        session.box().setSilent(false);
+        end.box().setSilent(false);
         QTRY_COMPARE_WITH_TIMEOUT(session.service().version(), "VBOX-1.0", 3000);
         QCOMPARE(session.linkCode(), 3);
-        QTRY_COMPARE(session.box().carIndex(), 0x34);
+        QTRY_COMPARE(end.box().carIndex(), 0x34);
 
         QSignalSpy doors(&session.service(), &CanServiceBase::doorChanged);
-        session.car().set("door.left_front", "open");
+        end.car().setRaw(bench::valueId("door.left_front"), 1);
         QTRY_VERIFY(session.service().isLeftFrontDoorOpen());
         QCOMPARE(doors.size(), 1);
         QCOMPARE(session.service().getAcTemperature(), 21.5F);
         session.service().sendAcKey(19, 0);
         QTRY_COMPARE(session.service().getAcTemperature(), 22.0F);
 
-        const auto frames = [&session] {
-            const auto counts = session.box().sent();
+        const auto frames = [&end] {
+            const auto counts = end.box().sent();
             return std::accumulate(counts.begin(), counts.end(), qint64(0));
         };
-        QTRY_COMPARE(session.box().received().goodReceipts, frames());
+        QTRY_COMPARE(end.box().received().goodReceipts, frames());
         QCOMPARE(session.summary().fromBox.frameTotal(), frames());
         QCOMPARE(session.summary().fromBox.noiseBytes, 0);
-        QCOMPARE(session.box().received().noiseBytes, 0);
-        QCOMPARE(session.box().misunderstood(), 0);
+        QCOMPARE(end.box().received().noiseBytes, 0);
+        QCOMPARE(end.box().misunderstood(), 0);
         session.stop();
-        QVERIFY(!session.box().isStarted());
+        QVERIFY(!end.box().isStarted());
     }
 };
 

@@ -1,5 +1,5 @@
 // Keys of the steering wheel and of a panel, with the long press.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 namespace {
 
@@ -34,7 +34,7 @@ private slots:
     {
         const auto &row = currentRow(kStrokes);
         ServiceTest test;
-        LazyTimer &timer = test.probe.longPress;
+        canservice::LazyTimer &timer = test.probe.longPress;
         QStringList seen;
         for (const QByteArray &event : QByteArray(row.given).split(' ')) {
             QByteArray payload = QByteArray::fromHex(event.mid(event.startsWith('P') ? 1 : 0));

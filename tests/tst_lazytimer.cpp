@@ -1,9 +1,16 @@
-// The timer that notes its restarts instead of making them. Coarse: 5 % early is in time.
+// The timer that notes its restarts instead of making them, beside a QTimer of the same interval.
+#include "virtualclock.h"
+
 #include "plugin/lazytimer.h"
 
-#include <QElapsedTimer>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <algorithm>
+#include <array>
+
+using canservice::LazyTimer;
 
 namespace {
 
@@ -19,6 +26,32 @@ struct Timer : LazyTimer
     int wakeUps = 0;
 };
 
+/// How long timers of one kind run, least and most, in ms. One is started in each hundredth of a
+/// second, because its place there says how coarse it is, and restarted with the others.
+template <typename AnyTimer>
+std::pair<int, int> spreadOf(int interval, int restarts, VirtualClock &clock)
+{
+    std::array<AnyTimer, 100> timers;
+    int now = 0;
+    QVector<int> ran;
+    const auto pass = [&](int milliseconds) {
+        for (const int end = now + milliseconds; now < end; clock.pass(1))
+            ++now;
+    };
+    for (int start = 0; start <= restarts; ++start) {
+        for (AnyTimer &timer : timers) {
+            timer.disconnect();
+            QObject::connect(&timer, &QTimer::timeout, [&, begin = now] { ran << now - begin; });
+            timer.setSingleShot(true);
+            timer.start(interval);
+            pass(10);
+        }
+        pass(start < restarts ? 7007 : 2 * interval); // Each restart finds another place.
+    }
+    const auto [least, most] = std::minmax_element(ran.begin(), ran.end());
+    return ran.size() == 100 ? std::pair(*least, *most) : std::pair(0, 0);
+}
+
 } // namespace
 
 class LazyTimerTest : public QObject
@@ -26,79 +59,107 @@ class LazyTimerTest : public QObject
     Q_OBJECT
 
 private slots:
-    void singleShotFiresOnce()
+    void isNoEarlierAndNoLaterThanACoarseTimer_data()
     {
-        Timer timer;
-        QCOMPARE(timer.remainingTime(), -1);
-        timer.setSingleShot(true);
-        timer.start(40);
-        QVERIFY(timer.isActive() && timer.remainingTime() <= 40);
-        QVERIFY(timer.timeouts.wait(1000));
-        QVERIFY(!timer.isActive());
-        QCOMPARE(timer.remainingTime(), -1);
-        QVERIFY(!timer.timeouts.wait(100));
+        QTest::addColumn<int>("interval");
+        for (const int interval : {500, 1500, 30000})
+            QTest::addRow("%d ms", interval) << interval;
+    }
+    void isNoEarlierAndNoLaterThanACoarseTimer()
+    {
+        QFETCH(int, interval);
+        VirtualClock clock;
+        const auto [least, most] = spreadOf<QTimer>(interval, 0, clock);
+        QVERIFY(least > 0 && least < interval && most > interval);
+        for (int restarts = 0; restarts <= (interval > 10000 ? 4 : 0); ++restarts) {
+            const auto lazy = spreadOf<LazyTimer>(interval, restarts, clock);
+            qInfo("%d restarts: %d to %d ms; QTimer: %d to %d ms", restarts, lazy.first,
+                  lazy.second, least, most);
+            QVERIFY(lazy.first >= interval && lazy.second <= most);
+        }
     }
 
     void repeatsUntilStopped()
     {
+        VirtualClock clock;
         Timer timer;
-        QElapsedTimer clock;
-        clock.start();
+        QCOMPARE(timer.remainingTime(), -1);
         timer.start(40);
-        QTRY_VERIFY(timer.timeouts.size() >= 3);
-        QVERIFY(clock.elapsed() >= 114);
+        QVERIFY(timer.isActive() && timer.remainingTime() == 40);
+        clock.pass(130);
+        QCOMPARE(timer.timeouts.size(), 3);
         timer.stop();
         const int wakeUps = timer.wakeUps;
-        QVERIFY(!timer.timeouts.wait(200));
+        clock.pass(200);
+        QCOMPARE(timer.timeouts.size(), 3);
         QVERIFY(timer.wakeUps <= wakeUps + 1); // The one that was on its way.
+
+        timer.setSingleShot(true);
+        timer.start();
+        clock.pass(200);
+        QCOMPARE(timer.timeouts.size(), 4);
+        QCOMPARE(timer.remainingTime(), -1);
     }
 
     void restartPostpones()
     {
+        VirtualClock clock;
         Timer timer;
         timer.start(100);
-        QTRY_VERIFY(timer.remainingTime() < 60);
-        QElapsedTimer clock;
-        clock.start();
-        timer.start();
-        QVERIFY(timer.timeouts.wait(1000));
-        QVERIFY(clock.elapsed() >= 95);
+        for (int restart = 0; restart < 20; ++restart) {
+            clock.pass(60);
+            timer.start();
+        }
+        QCOMPARE(timer.timeouts.size(), 0);
+        QVERIFY(timer.wakeUps <= 20);
+        clock.pass(99);
+        QCOMPARE(timer.timeouts.size(), 0);
+        clock.pass(6);
+        QCOMPARE(timer.timeouts.size(), 1);
     }
 
     void stopSilencesAndStartRevives()
     {
+        VirtualClock clock;
         Timer timer;
         timer.start(50);
         timer.stop();
         QVERIFY(!timer.isActive());
-        QVERIFY(!timer.timeouts.wait(100));
+        clock.pass(100);
+        QCOMPARE(timer.timeouts.size(), 0);
         timer.start(); // The noted wake-up is gone.
-        QVERIFY(timer.timeouts.wait(1000));
+        clock.pass(54);
+        QCOMPARE(timer.timeouts.size(), 1);
         timer.stop();
         timer.start(); // The noted wake-up is still to come.
-        QVERIFY(timer.timeouts.wait(1000));
+        clock.pass(54);
+        QCOMPARE(timer.timeouts.size(), 2);
     }
 
     void intervalMayShrink()
     {
         for (const bool stopped : {false, true}) {
+            VirtualClock clock;
             Timer timer;
             timer.start(60000);
             if (stopped)
                 timer.stop();
             timer.setInterval(40);
             timer.start();
-            QVERIFY(timer.timeouts.wait(1000));
+            clock.pass(42);
+            QCOMPARE(timer.timeouts.size(), 1);
         }
     }
 
     void slotMayDeleteTheTimer()
     {
+        VirtualClock clock;
         auto *timer = new LazyTimer;
         QPointer<LazyTimer> watch = timer;
         connect(timer, &QTimer::timeout, this, [timer] { delete timer; });
         timer->start(10);
-        QTRY_VERIFY(!watch);
+        clock.pass(11);
+        QVERIFY(!watch);
     }
 };
 

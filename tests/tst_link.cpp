@@ -1,5 +1,5 @@
 // The supervision of the link: timers, commands and link codes. Time-outs are run by hand.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 namespace {
 
@@ -90,7 +90,7 @@ private slots:
         QCOMPARE(test.probe.noAnswerCount, 0);
         QCOMPARE(running(test.probe), "check");
 
-        const LazyTimer &check = test.probe.checkConnect;
+        const canservice::LazyTimer &check = test.probe.checkConnect;
         QTRY_VERIFY(check.remainingTime() < 29900);
         const int rest = check.remainingTime();
         test.receive(kDamaged);

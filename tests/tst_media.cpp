@@ -1,5 +1,5 @@
 // What the head unit tells the car: the playing source and the clock.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 namespace {
 

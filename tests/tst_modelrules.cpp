@@ -1,5 +1,5 @@
 // Which car model can do what. The tables here are by key, those of the service by model.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The builder of frames at its limits. What the host and the timers have built is held by the tests
 // of these.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 using canservice::SimpleService;
 

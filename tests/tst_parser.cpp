@@ -1,5 +1,5 @@
-// The receive parser: the same bytes in every chunking, then the parse-out timer and re-entrance.
-#include "serviceprobe.h"
+// The receive parser: the same bytes in every chunking, then the parse-out timer.
+#include "servicetest.h"
 
 #include <climits>
 #include <thread>
@@ -93,7 +93,7 @@ private slots:
     void onlyAChunkThatFindsAFrameOpenArmsParseOut()
     {
         ServiceTest test;
-        LazyTimer &parseOut = test.probe.parseOut;
+        canservice::LazyTimer &parseOut = test.probe.parseOut;
         connect(&test.service, &CanServiceBase::notifyCanbusStatus, this,
                 [&parseOut] { QVERIFY2(!parseOut.isActive(), "the link signal came first"); });
         test.receive(hex("ff00"));
@@ -133,37 +133,6 @@ private slots:
         ServiceTest test;
         for (const int type : {-1, 0x121, INT_MIN + 0x21})
             QCOMPARE(test.dispatch(type, QByteArray(10, '\1')), "");
-    }
-
-    void hostSlotMayLetTheNextFrameIn()
-    {
-        ServiceTest test;
-        auto once = std::make_shared<QMetaObject::Connection>();
-        *once = connect(&test.service, &CanServiceBase::notifyCanbusStatus, this, [&test, once] {
-            disconnect(*once);
-            test.receive(hex("2e240708000000000000cc"));
-        });
-        test.receive(hex("2e210a00002500000000000000af 2e3002563146"));
-        QCOMPARE(test.take(),
-                 QStringList({kGood, kAlive, kGood, kAlive, "doorChanged", "acStatusChanged", kGood,
-                              kAlive, "sigVersionData", kAlive}));
-        QVERIFY(test.service.isRearDoorOpen());
-        QCOMPARE(test.service.getAcTemperature(), 18.5F);
-        QCOMPARE(test.service.version(), QString("V1"));
-    }
-
-    void hostSlotMayLetHalfAFrameIn()
-    {
-        ServiceTest test;
-        const auto connection = connect(&test.service, &CanServiceBase::acStatusChanged, this,
-                                        [&test] { test.receive(hex("2e2407080000")); });
-        test.receive(hex("2e210a00002500000000000000af"));
-        disconnect(connection);
-        QCOMPARE(test.probe.parseState, 4);
-        test.receive(hex("00000000cc"));
-        QCOMPARE(test.take(),
-                 QStringList({kGood, kAlive, "acStatusChanged", kGood, kAlive, "doorChanged"}));
-        QCOMPARE(test.service.getAcTemperature(), 18.5F);
     }
 };
 

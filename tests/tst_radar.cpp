@@ -1,5 +1,5 @@
 // Park-assist radar: both bumpers, both kinds of frames, the bands.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 using canservice::SimpleService;
 

@@ -1,8 +1,8 @@
 // The plug-in comes and goes a thousand times in one process, and leaves nothing behind.
 #include "rows.h"
 
-#include "getters.h"
-#include "pseudoterminal.h"
+#include "bench/box/pseudoterminal.h"
+#include "bench/headunit/getters.h"
 
 #include <canservicebase.h>
 #include <serialport.h>
@@ -39,7 +39,7 @@ bool isMapped(const char *file)
 /// What a host keeps from a service that it has had.
 struct Keepsake
 {
-    bench::Snapshot state;
+    QVector<bench::Value> state;
     FuelConsumptionData fuel;
     DrivingData driving;
     OtherInfoData other;
@@ -70,7 +70,9 @@ Keepsake visit()
     receive("2e210ac885");                                   // half a frame
     receive("2930");                                         // parse-out
 
-    Keepsake kept{bench::Snapshot(*service), {}, {}, {}, {}, service->getCarSettingData()};
+    Keepsake kept{{}, {}, {}, {}, {}, service->getCarSettingData()};
+    for (int index = 0; index < bench::getterCount(); ++index)
+        kept.state += bench::getter(index).read(*service);
     service->getFuelConsumptionData(kept.fuel);
     service->getDrivingData(kept.driving);
     service->getOtherInfoData(kept.other);
@@ -104,7 +106,7 @@ private slots:
         const Keepsake kept = visit();
         QVERIFY(!isMapped(PLUGIN_FILE));
 
-        QCOMPARE(kept.state.value("version").text(), QString("V125"));
+        QCOMPARE(bench::plainText(kept.state.at(bench::findGetter("version"))), QString("V125"));
         QCOMPARE(kept.driving.odometer, QString("66051km"));
         QCOMPARE(kept.driving.speed, QString("--"));
         QVERIFY(kept.fuel.reserved[5].isNull() && kept.other.reserved[8].isNull());

@@ -2,7 +2,7 @@
 // both.
 #include "hosttest.h"
 
-#include "scenario.h"
+#include "bench/language/parser.h"
 
 using namespace bench;
 
@@ -37,6 +37,7 @@ const struct
     {"a text for a number", "expect link == up", 16, "link is a number, and 'up' is none"},
     {"a number that is none", "expect link > nan", 15, "link is a number, and 'nan' is none"},
     {"an order of texts", "expect cluster.clock < 3", 24, "compare it by == or !="},
+    {"an order of a switch", "expect door.rear > closed", 20, "compare it by == or !="},
     {"a signal with a slip", "expect signal doorChange", 15, "did you mean 'doorChanged'"},
     {"too few arguments of a signal", "expect signal keyEvent(5)", 24, "has 3 arguments, not 1"},
     {"an open parenthesis", "expect signal keyEvent(5, 1, true", 34, "where ')' belongs"},
@@ -48,6 +49,7 @@ const struct
     {"an unknown operation", "start\ncall clok 2025-01-01 10:00", 6, "did you mean 'clock'"},
     {"a day that is not in the calendar", "start\ncall clock 2025-02-30 10:00", 12, "a date"},
     {"a fault with a slip", "fault bitflip", 7, "did you mean 'bit-flip'"},
+    {"a change of words", "change door.rear by 1", 21, "'toggle' it"},
     {"a fault that is more than certain", "fault drop rate 101%", 17, "0% to 100%"},
     {"a rate of no fault", "fault drop rate 0.5, rate 1", 22, "no fault 'rate'"},
     {"bytes that are no text", "say \"\xff\"", 1, "not UTF-8 text"},
@@ -57,15 +59,16 @@ const struct
 const struct
 {
     const char *name;
-    QVariant actual;
+    Value actual;
     const char *met, *unmet;
 } kComparisons[] = {
-    {"a float that is not exact", 11.6F, "== 11.6|<= 11.6|>= 11.6",
-     "!= 11.6|< 11.6|> 11.6|== 11.61"},
+    {"a float that is not exact", 21.6F, "== 21.6|<= 21.6|>= 21.6",
+     "!= 21.6|< 21.6|> 21.6|== 21.61"},
     {"a whole number", 255, "== 255|!= 254|> 254|< 256", "== 254|!= 255|<= 254|>= 256"},
-    {"a number below zero", -100.0F, "== -100|< -99", "> -99"},
-    {"a switch", true, "== true|!= false", "== false|!= true"},
-    {"a text", QStringLiteral("3km/h"), "== 3km/h|!= 3", "== 3"},
+    {"a number below zero", -100.0F, "== -100|< -99|== low", "> -99|== high"},
+    {"a switch", true, "== on|!= false|== 1", "== false|!= open|== 0"},
+    {"a text with a number", QStringLiteral("3km/h"), "== 3km/h|== 3|< 4", "!= 3|== 30|> 3"},
+    {"a text without reading", QStringLiteral("--"), "== none|== --|!= 3", "== 3|> 0"},
     {"no text", QString(), "== \"\"", "!= \"\""},
 };
 
@@ -77,6 +80,8 @@ const struct
     const char *message;
 } kEndings[] = {
     {"all expectations are met", "set door.rear open\nexpect door.rear == true within 2s\n", 0, ""},
+    {"a value that is on its way", "set door.rear open\nexpect door.rear == closed within 1s\n", 3,
+     ":4: expected door.rear == closed within 1s, but it is open"},
     {"a value is another", "expect climate.left == 22 within 50ms\n", 3,
      ":3: expected climate.left == 22 within 50ms, but it is 21.5 \u00B0C"},
     {"a signal does not come, another does",
@@ -90,8 +95,8 @@ const struct
      "wait 500ms\nset door.rear open\nexpect signal doorChanged\n"
      "expect signal doorChanged within 50ms\n",
      3, ":6: expected doorChanged within 50ms, but there was no signal at all"},
-    {"a getter of another type", "expect climate.ac == 1", 2,
-     ":3:22: climate.ac is a switch; compare it by == or != with true or false"},
+    {"a getter of another type", "expect climate.ac == 2", 2,
+     ":3:22: climate.ac is a switch; compare it by == or != with off or on"},
     {"a mistake in the last line", "wait", 2,
      ":3:5: the line ends where a time (200ms, 1.5s, 2min) belongs"},
 };
@@ -125,7 +130,7 @@ private slots:
         QCOMPARE(scenario.steps.at(1).line, 3);
         QCOMPARE(scenario.steps.at(1).text,
                  QStringLiteral("set door.rear open, climate.left 22.5"));
-        QCOMPARE(set.value, CarValue::ClimateLeft);
+        QCOMPARE(set.id, valueId("climate.left"));
         QCOMPARE(set.raw, 45);
 
         const auto &ramp = std::get<steps::Ramp>(scenario.steps.at(2).action);
@@ -174,7 +179,10 @@ private slots:
     {
         const auto &row = currentRow(kComparisons);
         const auto check = [&](const QByteArray &text) {
-            const Scenario scenario = parseScenario("expect climate.left " + text);
+            const char *name = isSwitch(row.actual) ? "climate.ac "
+                               : isText(row.actual) ? "drive.speed "
+                                                    : "climate.left ";
+            const Scenario scenario = parseScenario(QByteArray("expect ") + name + text);
             const auto &expect = std::get<steps::Expect>(scenario.steps.at(0).action);
             return expect.expectation.isMetBy(row.actual);
         };

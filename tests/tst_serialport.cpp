@@ -1,10 +1,11 @@
 // The stand-in's serial port against pseudo terminals: bytes, bad devices, loss and return.
 #include "rows.h"
 
+#include "bench/box/pseudoterminal.h"
 #include "host/serialport.h"
-#include "pseudoterminal.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 #include <ctime>
 #include <fcntl.h>
@@ -132,7 +133,8 @@ private slots:
         Port holder;
         QVERIFY(holder.open(busy.name(), 38400));
         QVERIFY(chmod(qPrintable(forbidden.name()), 0) == 0);
-        const QString dangling = busy.path() + "-dangling";
+        const QTemporaryDir directory;
+        const QString dangling = directory.filePath("dangling");
         QVERIFY(QFile::link("/dev/no-such-tty", dangling));
         const QHash<QString, QString> made{
             {"dangling", dangling}, {"busy", busy.path()}, {"forbidden", forbidden.name()}};

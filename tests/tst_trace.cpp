@@ -1,9 +1,8 @@
 // Recordings: written and read without loss, read whatever they hold, decoded, played and exported.
 #include "hosttest.h"
 
-#include "trace.h"
-#include "traceplayer.h"
-#include "tracerecorder.h"
+#include "bench/recording/traceplayer.h"
+#include "bench/recording/tracerecorder.h"
 
 #include <serialport.h>
 
@@ -31,31 +30,31 @@ const QByteArray kTrip = "# a trip\n"
                          "(1700000050.000000) canbox R 2E6102053C5B\n";
 
 // The same as rows of its decoding, without the link code that comes with each good frame.
-const QByteArray kDecodedTrip = R"(seconds,from,what,type,name,value
-0.000000,host,frame,0x81,start/stop,01
-0.010000,box,frame,0x30,version,56424F582D312E30
-0.010000,service,signal,,sigVersionData,
-0.010000,service,value,,version,VBOX-1.0
-0.011000,host,good receipt,,,FF
-0.060000,box,frame,0x24,doors,08000000000000
-0.060000,service,signal,,doorChanged,
-0.060000,service,value,,door.rear,true
-0.100000,box,noise,,,FF00
-0.100000,box,bad checksum,0x61,ambient light,053C
-0.101000,host,bad receipt,,,F0
-1.000000,box,frame,0x20,steering-wheel key,0501
-1.000000,service,signal,,keyEvent,5 0 true
-2.500000,service,signal,,keyEvent,5 2 true
-3.000000,box,frame,0x20,steering-wheel key,0500
-3.000000,service,signal,,keyEvent,5 3 true
-5.000000,box,incomplete frame,,,2E210AC885
-5.000000,box,frame,0x61,ambient light,053C
-5.000000,service,signal,,sigAmbientChanged,
-5.000000,service,value,,ambient.colour,5
-5.000000,service,value,,ambient.level,12
-36.200000,service,signal,,notifyCanbusStatus,0
-50.000000,box,frame,0x61,ambient light,053C
-50.000000,service,signal,,sigAmbientChanged,
+const QByteArray kDecodedTrip = R"(seconds,epoch,source,kind,name,value,unit
+0.000000,1700000000.000000,host,frame,start/stop,01,
+0.010000,1700000000.010000,box,frame,version,56424F582D312E30,
+0.010000,1700000000.010000,service,signal,sigVersionData,,
+0.010000,1700000000.010000,service,value,version,VBOX-1.0,
+0.011000,1700000000.011000,host,good receipt,,FF,
+0.060000,1700000000.060000,box,frame,doors,08000000000000,
+0.060000,1700000000.060000,service,signal,doorChanged,,
+0.060000,1700000000.060000,service,value,door.rear,1,
+0.100000,1700000000.100000,box,noise,,FF00,
+0.100000,1700000000.100000,box,bad checksum,ambient light,053C,
+0.101000,1700000000.101000,host,bad receipt,,F0,
+1.000000,1700000001.000000,box,frame,steering-wheel key,0501,
+1.000000,1700000001.000000,service,signal,keyEvent,"5, 0, true",
+2.500000,1700000002.500000,service,signal,keyEvent,"5, 2, true",
+3.000000,1700000003.000000,box,frame,steering-wheel key,0500,
+3.000000,1700000003.000000,service,signal,keyEvent,"5, 3, true",
+5.000000,1700000005.000000,box,incomplete frame,,2E210AC885,
+5.000000,1700000005.000000,box,frame,ambient light,053C,
+5.000000,1700000005.000000,service,signal,sigAmbientChanged,,
+5.000000,1700000005.000000,service,value,ambient.colour,5,
+5.000000,1700000005.000000,service,value,ambient.level,12,
+36.200000,1700000036.200000,service,signal,notifyCanbusStatus,0,
+50.000000,1700000050.000000,box,frame,ambient light,053C,
+50.000000,1700000050.000000,service,signal,sigAmbientChanged,,
 )";
 
 const QByteArray kLongest(kMaxTraceBytes, '\x2E');
@@ -161,7 +160,7 @@ private slots:
     void recordsWhatThePortsCarry()
     {
         TraceRecorder recorder;
-        QCOMPARE(recorder.start(mFile, "the box"), QString());
+        QCOMPARE(recorder.start({mFile, {}, true}, "the box", {22, 7}), QString());
         SerialMonitor *monitor = SerialMonitor::instance();
         emit monitor->received(hex("2e"));
         emit monitor->written(hex("ff"), true, true);
@@ -182,12 +181,13 @@ private slots:
             last = line.time;
         }
         QCOMPARE(reader.problem() + reader.note(), QString());
+        QVERIFY(reader.car() && reader.car()->model == 22 && reader.car()->index == 7);
         QCOMPARE(directions, QByteArray("RTRR"));
         QCOMPARE(bytes, hex("2eff") + kLongest + hex("2a"));
         QVERIFY(qAbs(last / 1000 - QDateTime::currentMSecsSinceEpoch()) < 60'000);
 
         TraceRecorder full;
-        QCOMPARE(full.start("/dev/full", "box"), QString());
+        QCOMPARE(full.start({"/dev/full", {}}, "box", {}), QString());
         emit monitor->received(hex("2e"));
         QVERIFY2(full.problem().contains("/dev/full: No space"), qPrintable(full.problem()));
     }
@@ -199,7 +199,7 @@ private slots:
         QByteArrayList rows = decode.output.split('\n');
         int alive = 0;
         for (int i = rows.size() - 1; i >= 0; --i)
-            if (rows.at(i).endsWith("service,signal,,notifyCanbusStatus,3")) {
+            if (rows.at(i).endsWith("service,signal,notifyCanbusStatus,3,")) {
                 rows.removeAt(i);
                 ++alive;
             }
@@ -251,7 +251,7 @@ private slots:
         const Outcome replay = run(CANBENCH, {"replay", "--speed", "1000", "--only", "doors",
                                               "--plugin", PLUGIN_FILE, writeFile(mFile, kTrip)});
         QCOMPARE(replay.code, 0);
-        QVERIFY2(replay.output.contains("doorChanged             door.rear: false -> true"),
+        QVERIFY2(replay.output.contains("doorChanged             door.rear: closed -> open"),
                  replay.output);
         QVERIFY(!replay.output.contains("keyEvent"));
         QVERIFY2(!replay.errors.contains("left"), replay.errors); // No progress off a terminal.

@@ -1,5 +1,5 @@
 // Display units: the box's report, and the host's toggles.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Driving data, tyres, battery and doors, and the getters over them.
-#include "serviceprobe.h"
+#include "servicetest.h"
 
 #include <translator.h>
 

@@ -1,7 +1,7 @@
 // The virtual box and car against literal frames, without a line between them and the test.
 #include "rows.h"
 
-#include "virtualbox.h"
+#include "bench/box/virtualbox.h"
 
 #include <QSignalSpy>
 
@@ -34,8 +34,20 @@ struct Bench
         sent.clear();
     }
 
+    // A value by its name and text; \returns what is wrong with them.
+    QString set(const QString &name, const QString &text)
+    {
+        const auto id = bench::findValue(name);
+        int raw = 0;
+        QString error = id ? QString() : "no such value";
+        if (id && parseValue(bench::fieldOf(*id), text, &raw, &error))
+            car.setRaw(*id, raw);
+        return error;
+    }
+
     VirtualCar car;
-    VirtualBox box{&car};
+    bench::SteadyClock clock;
+    VirtualBox box{&car, clock};
     QByteArray sent;
 };
 
@@ -107,9 +119,9 @@ private slots:
         const QString settings = row.settings;
         const int model = settings.contains("middle") ? 1 : 0;
         Bench bench;
-        bench.car.setTwoCodesPerSensor(VirtualCar::hasTwoCodesPerSensor(model));
+        bench.car.setTwoCodesPerSensor(bench::hasTwoCodesPerSensor(model));
         for (const QString &setting : settings.split(' ', Qt::SkipEmptyParts))
-            QCOMPARE(bench.car.set(setting.section('=', 0, 0), setting.section('=', 1)), QString());
+            QCOMPARE(bench.set(setting.section('=', 0, 0), setting.section('=', 1)), QString());
         bench.box.receive(hex(row.request));
         bench.expect(hex(row.answer));
     }
@@ -120,14 +132,14 @@ private slots:
         const auto &row = currentRow(kCommands);
         Bench bench;
         bench.box.receive(hex(row.command));
-        const bench::CarValueInfo *info = bench::findCarValue(row.value);
-        QCOMPARE(info ? bench.car.text(info->id) : bench.car.cluster().lines[0], QString(row.text));
+        const auto id = bench::findValue(row.value);
+        QCOMPARE(id ? bench.car.text(*id) : bench.car.cluster().lines[0], QString(row.text));
     }
 
     void reportsChangesWhileStarted()
     {
         Bench bench;
-        bench.car.set("door.rear", "open");
+        bench.set("door.rear", "open");
         bench.expect(QByteArray());
 
         bench.box.receive(kStart);
@@ -137,8 +149,8 @@ private slots:
         bench.sent.clear();
 
         // Two changes in a row of one report are one frame. Every key stroke is one of its own.
-        bench.car.set("door.rear", "closed");
-        bench.car.set("door.left_rear", "open");
+        bench.set("door.rear", "closed");
+        bench.set("door.left_rear", "open");
         bench.expect(hex("2e240710000000000000c4"));
         bench.car.pressKey(0xF0);
         bench.car.pressKey(5);
@@ -147,7 +159,7 @@ private slots:
         bench.expect(hex("2e2002f001ec 2e2002f000ed 2e20020501d7 2e20020500d8"));
 
         bench.box.receive(kStop);
-        bench.car.set("door.left_rear", "closed");
+        bench.set("door.left_rear", "closed");
         bench.expect(QByteArray());
     }
 
@@ -155,7 +167,7 @@ private slots:
     {
         const QByteArray ambient = hex("2e6102 0232 68");
         Bench bench;
-        bench.box.report(0x61);
+        bench.box.report(canbox::Inbound::AmbientLight);
         QTRY_COMPARE(bench.sent.toHex(), ambient.toHex());
         bench.box.receive(hex("f0"));
         QTRY_COMPARE(bench.sent.toHex(), (ambient + ambient).toHex());
@@ -184,14 +196,19 @@ private slots:
 
     void keepsTheSpeedOfTheLine()
     {
-        Bench bench;
-        QElapsedTimer clock;
-        qint64 lastByte = 0;
-        connect(&bench.box, &VirtualBox::transmit, this, [&] { lastByte = clock.elapsed(); });
-        clock.start();
-        bench.box.reportAll();
-        QTRY_COMPARE(bench.sent.size(), 98);
-        QVERIFY2(lastByte >= 25, "98 bytes of 10 bits at 38400 baud take 25.5 ms");
+        bench::ManualClock clock;
+        bench::LinePacer pacer(38400, clock);
+        int sent = 0;
+        connect(&pacer, &bench::LinePacer::chunk, this,
+                [&](const QByteArray &b) { sent += b.size(); });
+        pacer.send(QByteArray(98, 'x')); // Of 10 bits: 25.52 ms.
+        for (const auto &[microseconds, due] :
+             {std::pair(260, 0), {1, 1}, {9739, 38}, {15520, 97}, {1, 98}}) {
+            clock.advance(microseconds * 1000);
+            pacer.tick();
+            QCOMPARE(sent, due);
+        }
+        QVERIFY(pacer.isIdle());
     }
 
     void dropsOutdatedReports()
@@ -202,7 +219,7 @@ private slots:
 
         bench.box.sendRaw(QByteArray(400, '\0')); // Holds the line for 100 ms.
         for (const char *state : {"open", "closed", "open"}) {
-            bench.car.set("door.left_rear", state);
+            bench.set("door.left_rear", state);
             QCoreApplication::processEvents();
         }
         QTRY_VERIFY(bench.sent.endsWith(hex("2e240710000000000000c4")));

@@ -1,14 +1,15 @@
-#include "linepacer.h"
+#include "bench/box/linepacer.h"
 
 namespace bench {
 
-LinePacer::LinePacer(int baudRate, QObject *parent)
+LinePacer::LinePacer(int baudRate, const Clock &clock, QObject *parent)
     : QObject(parent)
+    , mClock(clock)
     , mBytesPerSecond(baudRate / 10)
 {
     mTick.setTimerType(Qt::PreciseTimer);
     mTick.setInterval(2);
-    connect(&mTick, &QTimer::timeout, this, &LinePacer::onTick);
+    connect(&mTick, &QTimer::timeout, this, &LinePacer::tick);
 }
 
 void LinePacer::send(const QByteArray &bytes)
@@ -17,7 +18,7 @@ void LinePacer::send(const QByteArray &bytes)
     if (mTick.isActive() || mWaiting.isEmpty())
         return;
     mSent = 0;
-    mClock.start();
+    mBegin = mClock.nanoseconds();
     mTick.start();
 }
 
@@ -27,9 +28,9 @@ void LinePacer::clear()
     mTick.stop();
 }
 
-void LinePacer::onTick()
+void LinePacer::tick()
 {
-    const qint64 due = mClock.nsecsElapsed() * mBytesPerSecond / 1'000'000'000;
+    const qint64 due = (mClock.nanoseconds() - mBegin) * mBytesPerSecond / 1'000'000'000;
     while (mSent < due && !mWaiting.isEmpty()) {
         const int size = static_cast<int>(qMin<qint64>(due - mSent, mWaiting.size()));
         const QByteArray bytes = mWaiting.left(size);

@@ -1,8 +1,9 @@
 // Lets bytes out at the speed of the serial line.
 #pragma once
 
+#include "bench/wire/clock.h"
+
 #include <QByteArray>
-#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -15,7 +16,7 @@ class LinePacer : public QObject
     Q_OBJECT
 
 public:
-    explicit LinePacer(int baudRate, QObject *parent = nullptr);
+    LinePacer(int baudRate, const Clock &clock, QObject *parent = nullptr);
 
     /// To be set while the line is idle.
     void setBaudRate(int baudRate) { mBytesPerSecond = baudRate / 10; }
@@ -24,6 +25,8 @@ public:
     /// Forgets what is waiting.
     void clear();
     bool isIdle() const { return mWaiting.isEmpty(); }
+    /// Lets out what is due. A timer does so, too.
+    void tick();
 
 signals:
     void chunk(const QByteArray &bytes);
@@ -31,12 +34,11 @@ signals:
     void drained();
 
 private:
-    void onTick();
-
+    const Clock &mClock;
     int mBytesPerSecond;
     QTimer mTick;
-    QElapsedTimer mClock; ///< Since the line became busy.
-    qint64 mSent = 0;     ///< Bytes since then.
+    qint64 mBegin = 0; ///< When the line became busy.
+    qint64 mSent = 0;  ///< Bytes since then.
     QByteArray mWaiting;
 };
 

@@ -1,11 +1,9 @@
-#include "pseudoterminal.h"
-
-#include <QFile>
+#include "bench/box/pseudoterminal.h"
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -24,6 +22,8 @@ void closeDescriptor(int *descriptor)
 
 PseudoTerminal::PseudoTerminal(QObject *parent)
     : QObject(parent)
+    , mDoor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    , mClosedDoor(fcntl(mDoor, F_DUPFD_CLOEXEC, 0))
 {
     plug();
 }
@@ -32,9 +32,14 @@ PseudoTerminal::~PseudoTerminal()
 {
     unplug();
     closeDescriptor(&mSlave);
+    closeDescriptor(&mClosedDoor);
+    closeDescriptor(&mDoor);
 }
 
-QString PseudoTerminal::path() const { return mDirectory.filePath(QStringLiteral("canbox")); }
+QString PseudoTerminal::path() const
+{
+    return QStringLiteral("/proc/%1/fd/%2").arg(getpid()).arg(mDoor);
+}
 
 bool PseudoTerminal::plug()
 {
@@ -49,10 +54,6 @@ bool PseudoTerminal::plug()
 
 bool PseudoTerminal::open()
 {
-    if (!mDirectory.isValid()) {
-        mError = mDirectory.errorString();
-        return false;
-    }
     char name[128];
     mMaster = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (mMaster < 0 || grantpt(mMaster) != 0 || unlockpt(mMaster) != 0 ||
@@ -70,7 +71,7 @@ bool PseudoTerminal::open()
     cfsetspeed(&settings, B38400);
     if (tcsetattr(mSlave, TCSANOW, &settings) != 0)
         return fail("cannot set up the pseudo terminal");
-    if (symlink(name, QFile::encodeName(path()).constData()) != 0)
+    if (mClosedDoor < 0 || dup3(mSlave, mDoor, O_CLOEXEC) < 0)
         return fail("cannot link the pseudo terminal");
 
     mNotifier = new QSocketNotifier(mMaster, QSocketNotifier::Read, this);
@@ -81,8 +82,7 @@ bool PseudoTerminal::open()
 
 bool PseudoTerminal::fail(const char *what)
 {
-    mError = QStringLiteral("%1: %2").arg(QLatin1String(what),
-                                          QString::fromLocal8Bit(std::strerror(errno)));
+    mError = QStringLiteral("%1: %2").arg(QLatin1String(what), qt_error_string(errno));
     return false;
 }
 
@@ -94,7 +94,7 @@ void PseudoTerminal::unplug()
         mNotifier->deleteLater();
         mNotifier = nullptr;
     }
-    QFile::remove(path());
+    dup3(mClosedDoor, mDoor, O_CLOEXEC);
     closeDescriptor(&mMaster);
 }
 

@@ -4,12 +4,13 @@
 #include <QByteArray>
 #include <QObject>
 #include <QSocketNotifier>
-#include <QTemporaryDir>
 
 namespace bench {
 
 /// The master side of a pseudo terminal in raw mode, plugged in from construction on. The path that
-/// a host opens stays the same when the device is unplugged and plugged in again.
+/// a host opens stays the same when the device is unplugged and plugged in again. It is the entry
+/// of an open file in /proc, which is gone with the process, whatever ends it: nothing has to be
+/// cleaned up.
 class PseudoTerminal : public QObject
 {
     Q_OBJECT
@@ -18,7 +19,8 @@ public:
     explicit PseudoTerminal(QObject *parent = nullptr);
     ~PseudoTerminal() override;
 
-    /// The path for the host: a link to the device while it is plugged in.
+    /// The path for the host, in this process or another one of the same user: a link to the device
+    /// while it is plugged in, and to none while it is not.
     QString path() const;
     bool isPlugged() const { return mMaster >= 0; }
     /// Why the latest plug() failed; empty when it did not.
@@ -46,7 +48,9 @@ private:
     bool fail(const char *what);
     void onReadable();
 
-    QTemporaryDir mDirectory;
+    // What the path names: the device, or a socket, which nobody can open by a path.
+    int mDoor = -1;
+    int mClosedDoor = -1;
     int mMaster = -1;
     // Held open, because the master reports an endless error while nobody has the slave side open;
     // and beyond unplug(), because the system gives the number of a closed device to the next one,

@@ -1,32 +1,27 @@
-#include "virtualbox.h"
+#include "bench/box/virtualbox.h"
+
+#include <utility>
 
 namespace bench {
 
-using canbox::Inbound;
-using canbox::Outbound;
-
 namespace {
 
-constexpr qint64 kFrameTimeoutMs = 500;    // For the rest of a frame from the host.
 constexpr qint64 kReceiptTimeoutMs = 1000; // A receipt that comes later belongs to another frame.
-
-constexpr Inbound kAllReports[] = {
-    Inbound::Climate,      Inbound::RearRadar,    Inbound::FrontRadar,   Inbound::Doors,
-    Inbound::UnitSettings, Inbound::AmbientLight, Inbound::VehicleInfo1, Inbound::VehicleInfo2,
-};
+constexpr int kRecoverMs = 600; // The host gives up an open frame 500 ms after new bytes.
 
 } // namespace
 
-VirtualBox::VirtualBox(VirtualCar *car, QObject *parent)
+VirtualBox::VirtualBox(VirtualCar *car, const Clock &clock, QObject *parent)
     : QObject(parent)
     , mCar(car)
-    , mPacer(canbox::kBaudRate)
+    , mClock(clock)
+    , mPacer(canbox::kBaudRate, clock)
 {
-    mClock.start();
     mTurnTmr.setSingleShot(true);
+    mRecoverTmr.setSingleShot(true);
     connect(&mTurnTmr, &QTimer::timeout, this, &VirtualBox::sendNext);
-    connect(&mReader, &FrameReader::frame, this, &VirtualBox::onFrame);
-    connect(&mReader, &FrameReader::receipt, this, &VirtualBox::onReceipt);
+    connect(&mRecoverTmr, &QTimer::timeout, this, &VirtualBox::reportAll);
+    connect(&mReader, &LineCutter::item, this, &VirtualBox::onItem);
     connect(mCar, &VirtualCar::reportChanged, this, &VirtualBox::onReportChanged);
     connect(&mPacer, &LinePacer::drained, this, &VirtualBox::sendNext);
     connect(&mPacer, &LinePacer::chunk, this, [this](const QByteArray &bytes) {
@@ -38,17 +33,30 @@ VirtualBox::VirtualBox(VirtualCar *car, QObject *parent)
 
 void VirtualBox::receive(const QByteArray &bytes)
 {
-    const qint64 now = mClock.elapsed();
-    if (now - mLastByteTime > kFrameTimeoutMs)
-        mReader.reset();
-    mLastByteTime = now;
-    mReader.feed(bytes);
+    mReceivedBytes += bytes.size();
+    mReader.feed(bytes, mClock.microseconds());
 }
 
-void VirtualBox::onFrame(quint8 dataType, const QByteArray &payload)
+void VirtualBox::onItem(const LineItem &item)
+{
+    switch (item.kind) {
+    case LineItem::Frame:
+        onFrame(Outbound{item.dataType}, item.bytes);
+        break;
+    case LineItem::GoodReceipt:
+    case LineItem::BadReceipt:
+        onReceipt(item.kind == LineItem::GoodReceipt);
+        break;
+    default:
+        break;
+    }
+    emit heard(item);
+}
+
+void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
 {
     bool understood = false;
-    switch (Outbound{dataType}) {
+    switch (command) {
     case Outbound::StartStop:
         understood = setStarted(payload);
         break;
@@ -59,12 +67,15 @@ void VirtualBox::onFrame(quint8 dataType, const QByteArray &payload)
         understood = selectCar(payload);
         break;
     default:
-        understood = mCar->obey(dataType, payload);
+        understood = mCar->obey(command, payload);
     }
-    if (mAwaitsHost) {
+    if (mAwaitsHost && !mSilent) {
         mAwaitsHost = false;
         if (mStarted)
             reportAll();
+        // A host whose frame was cut takes these for the rest of it.
+        if (mStarted && std::exchange(mCutFrame, false))
+            mRecoverTmr.start(kRecoverMs);
     }
     if (!understood)
         ++mMisunderstood;
@@ -80,6 +91,7 @@ bool VirtualBox::setStarted(const QByteArray &payload)
     mStarted = started;
     mQueue.clear();
     mChanged.clear();
+    mRecoverTmr.stop();
     if (mStarted)
         reportAll();
     return true;
@@ -89,10 +101,10 @@ bool VirtualBox::answer(const QByteArray &payload)
 {
     if (payload.size() != 2)
         return false;
-    const quint8 dataType = canbox::byteAt(payload, 0);
-    if (Inbound{dataType} != Inbound::Version && mCar->report(dataType).isEmpty())
+    const Inbound type{canbox::byteAt(payload, 0)};
+    if (type != Inbound::Version && mCar->report(type).isEmpty())
         return false;
-    report(dataType);
+    report(type);
     return true;
 }
 
@@ -104,49 +116,59 @@ bool VirtualBox::selectCar(const QByteArray &payload)
     return true;
 }
 
-void VirtualBox::onReportChanged(quint8 dataType)
+bool VirtualBox::isQuiet()
+{
+    forgetOldFrames();
+    return mQueue.isEmpty() && mChanged.empty() && mAwaiting.isEmpty() && mPacer.isIdle() &&
+           !mRecoverTmr.isActive();
+}
+
+void VirtualBox::onReportChanged(Inbound type)
 {
     if (!mStarted || mSilent)
         return;
-    if (Inbound{dataType} == Inbound::SteeringWheelKey) {
-        report(dataType); // Each press and each release counts.
+    if (findReport(type)->strokes) {
+        report(type);
         return;
     }
-    mChanged.insert(dataType);
+    mChanged.insert(type);
     if (mPacer.isIdle() && !mTurnTmr.isActive())
         mTurnTmr.start(0);
 }
 
-void VirtualBox::report(quint8 dataType)
+void VirtualBox::report(Inbound type)
 {
-    enqueue(dataType);
+    enqueue(type);
     sendNext();
 }
 
-void VirtualBox::enqueue(quint8 dataType)
+void VirtualBox::enqueue(Inbound type)
 {
-    if (Inbound{dataType} == Inbound::Version)
-        enqueue(dataType, mVersion.toUtf8());
-    for (const QByteArray &payload : mCar->report(dataType))
-        enqueue(dataType, payload);
+    mForeign.erase(type);
+    if (type == Inbound::Version)
+        enqueue(type, mVersion.toUtf8());
+    for (const QByteArray &payload : mCar->report(type))
+        enqueue(type, payload);
 }
 
 void VirtualBox::reportAll()
 {
-    for (const Inbound dataType : kAllReports)
-        report(static_cast<quint8>(dataType));
+    for (const Report &row : kReports)
+        if (row.atStart)
+            report(row.type);
 }
 
-void VirtualBox::sendFrame(quint8 dataType, const QByteArray &payload)
+void VirtualBox::sendFrame(Inbound type, const QByteArray &payload)
 {
-    enqueue(dataType, payload);
+    mForeign.insert(type);
+    enqueue(type, payload);
     sendNext();
 }
 
-void VirtualBox::enqueue(quint8 dataType, const QByteArray &payload)
+void VirtualBox::enqueue(Inbound type, const QByteArray &payload)
 {
     if (!mSilent)
-        mQueue.append({dataType, canbox::buildFrame(dataType, payload)});
+        mQueue.append({type, payload});
 }
 
 // A report is made when its turn comes, so that none is outdated. The turns go round.
@@ -177,12 +199,14 @@ void VirtualBox::sendNext()
     if (mQueue.isEmpty())
         return;
     Outgoing next = mQueue.takeFirst();
-    next.time = mClock.elapsed();
+    next.time = mClock.milliseconds();
     forgetOldFrames();
-    ++mSent[next.dataType];
+    const auto dataType = static_cast<quint8>(next.type);
+    const QByteArray frame = canbox::buildFrame(dataType, next.payload);
+    ++mSent[dataType];
     mAwaiting.append(next);
-    mPacer.send(mFrameFilter ? mFrameFilter(next.frame) : next.frame);
-    emit frameSent(next.dataType, next.frame);
+    mPacer.send(mFrameFilter ? mFrameFilter(frame) : frame);
+    emit frameSent(next.type, next.payload);
     if (mPacer.isIdle()) // A filter has taken the frame.
         mTurnTmr.start(0);
 }
@@ -203,16 +227,22 @@ void VirtualBox::onReceipt(bool good)
 
 void VirtualBox::forgetOldFrames()
 {
-    const qint64 oldest = mClock.elapsed() - kReceiptTimeoutMs;
+    const qint64 oldest = mClock.milliseconds() - kReceiptTimeoutMs;
     while (!mAwaiting.isEmpty() && mAwaiting.first().time < oldest)
         mAwaiting.removeFirst();
 }
 
 void VirtualBox::setSilent(bool on)
 {
-    mSilent = on;
-    if (!on)
+    if (on == mSilent)
         return;
+    mSilent = on;
+    mRecoverTmr.stop();
+    if (!on) {
+        awaitHost();
+        return;
+    }
+    mCutFrame = mCutFrame || !mPacer.isIdle();
     mQueue.clear();
     mChanged.clear();
     mAwaiting.clear();

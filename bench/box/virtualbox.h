@@ -1,11 +1,9 @@
 // The decoder box in front of the virtual car.
 #pragma once
 
-#include "framereader.h"
-#include "linepacer.h"
-#include "virtualcar.h"
-
-#include <QElapsedTimer>
+#include "bench/box/linepacer.h"
+#include "bench/car/virtualcar.h"
+#include "bench/wire/linecutter.h"
 
 #include <functional>
 #include <set>
@@ -20,7 +18,7 @@ class VirtualBox : public QObject
     Q_OBJECT
 
 public:
-    explicit VirtualBox(VirtualCar *car, QObject *parent = nullptr);
+    VirtualBox(VirtualCar *car, const Clock &clock, QObject *parent = nullptr);
 
     /// Bytes from the host, in any pieces.
     void receive(const QByteArray &bytes);
@@ -30,24 +28,31 @@ public:
     bool isStarted() const { return mStarted; }
     /// The car that the host has selected, 0 to 255; -1 before.
     int carIndex() const { return mCarIndex; }
+    /// Nothing waits to be sent, is being sent or waits for its receipt.
+    bool isQuiet();
 
     /// The text that a version request is answered with.
     void setVersion(const QString &version) { mVersion = version; }
     /// 38400 on a real line; more to pass the traffic of an hour in minutes.
     void setBaudRate(int baudRate) { mPacer.setBaudRate(baudRate); }
-    /// A silent box hears everything and sends nothing.
+    /// A silent box hears everything and sends nothing. When it speaks again it awaits the host;
+    /// if the silence has cut a frame, it reports the whole car once more when the host has given
+    /// that frame up.
     void setSilent(bool on);
+    bool isSilent() const { return mSilent; }
 
     /// The host is away, for example because the line is unplugged: with its next frame, the whole
     /// car is reported if the box is started.
     void awaitHost() { mAwaitsHost = true; }
 
-    /// Reports what the car has for \p dataType, started or not.
-    void report(quint8 dataType);
+    /// Reports what the car has for \p type, started or not.
+    void report(Inbound type);
     /// Reports the whole car, as on every start.
     void reportAll();
     /// Sends a frame that the car knows nothing of.
-    void sendFrame(quint8 dataType, const QByteArray &payload);
+    void sendFrame(Inbound type, const QByteArray &payload);
+    /// Whether such a frame was the latest of its type.
+    bool isForeign(Inbound type) const { return mForeign.count(type) > 0; }
     /// Puts bytes on the line that are no frame of the box's.
     void sendRaw(const QByteArray &bytes);
 
@@ -58,6 +63,7 @@ public:
     void setChunkFilter(Filter filter) { mChunkFilter = std::move(filter); }
 
     const LineCounts &received() const { return mReader.counts(); }
+    qint64 receivedBytes() const { return mReceivedBytes; }
     const QMap<quint8, qint64> &sent() const { return mSent; } ///< Frames by data type.
     qint64 resent() const { return mResent; }
     qint64 misunderstood() const { return mMisunderstood; } ///< Good frames of no known meaning.
@@ -65,22 +71,25 @@ public:
 signals:
     void transmit(const QByteArray &bytes);
     /// A frame was put on the line; as it was before any filter saw it.
-    void frameSent(quint8 dataType, const QByteArray &frame);
+    void frameSent(canbox::Inbound type, const QByteArray &payload);
+    /// What the host sent, cut.
+    void heard(const bench::LineItem &item);
 
 private:
     struct Outgoing
     {
-        quint8 dataType;
-        QByteArray frame;
+        Inbound type;
+        QByteArray payload;
         bool resent = false;
-        qint64 time = 0; ///< On mClock, when it was put on the line.
+        qint64 time = 0; ///< ms, when it was put on the line.
     };
 
-    void onFrame(quint8 dataType, const QByteArray &payload);
+    void onItem(const LineItem &item);
+    void onFrame(Outbound command, const QByteArray &payload);
     void onReceipt(bool good);
-    void onReportChanged(quint8 dataType);
-    void enqueue(quint8 dataType);
-    void enqueue(quint8 dataType, const QByteArray &payload);
+    void onReportChanged(Inbound type);
+    void enqueue(Inbound type);
+    void enqueue(Inbound type, const QByteArray &payload);
     void enqueueChange();
     void sendNext();
     void forgetOldFrames();
@@ -89,26 +98,29 @@ private:
     bool selectCar(const QByteArray &payload);
 
     VirtualCar *const mCar;
-    FrameReader mReader;
+    const Clock &mClock;
+    LineCutter mReader{LineCutter::Box};
     LinePacer mPacer;
-    QElapsedTimer mClock;
-    qint64 mLastByteTime = 0;
 
     bool mStarted = false;
     bool mSilent = false;
+    bool mCutFrame = false; ///< A silence began within a frame.
     bool mAwaitsHost = false;
     int mCarIndex = -1;
     QString mVersion = QStringLiteral("VBOX-1.0");
 
     QList<Outgoing> mQueue;
-    std::set<quint8> mChanged; ///< Reports to make when the line is free, after the queue.
-    quint8 mLastChange = 0;    ///< The latest of them.
+    std::set<Inbound> mChanged;      ///< Reports to make when the line is free, after the queue.
+    Inbound mLastChange = Inbound{}; ///< The latest of them.
+    std::set<Inbound> mForeign;
     QTimer mTurnTmr;           ///< Changes of one turn of the event loop are one report.
+    QTimer mRecoverTmr;        ///< After a silence.
     QList<Outgoing> mAwaiting; ///< Sent, and without a receipt so far.
     Filter mFrameFilter;
     Filter mChunkFilter;
 
     QMap<quint8, qint64> mSent;
+    qint64 mReceivedBytes = 0;
     qint64 mResent = 0;
     qint64 mMisunderstood = 0;
 };

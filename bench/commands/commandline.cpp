@@ -1,6 +1,7 @@
-#include "commandline.h"
+#include "bench/commands/commandline.h"
 
-#include <cstdio>
+#include "bench/language/parser.h"
+#include "bench/screen/output.h"
 
 namespace bench {
 
@@ -57,14 +58,25 @@ int CommandLine::number(const QString &option, int fallback, int low, int high)
 
 double CommandLine::seconds(const QString &option, double fallback, double low, double high)
 {
+    return real(option, "a number of seconds", fallback, low, high);
+}
+
+double CommandLine::factor(const QString &option, double fallback, double low, double high)
+{
+    return real(option, "a number", fallback, low, high);
+}
+
+double CommandLine::real(const QString &option, const char *what, double fallback, double low,
+                         double high)
+{
     if (!isSet(option))
         return fallback;
     bool isNumber = false;
     const double result = value(option).toDouble(&isNumber);
     if (isNumber && result >= low && result <= high)
         return result;
-    complain(QStringLiteral("--%1 needs a number of seconds from %2 to %3, not '%4'")
-                 .arg(option)
+    complain(QStringLiteral("--%1 needs %2 from %3 to %4, not '%5'")
+                 .arg(option, QLatin1String(what))
                  .arg(low)
                  .arg(high)
                  .arg(value(option)));
@@ -77,21 +89,36 @@ int CommandLine::complain(const QString &problem)
     QString text = problem;
     if (text.endsWith(QLatin1Char('.')))
         text.chop(1);
-    const QString line = QStringLiteral("canbench %1: %2\nTry 'canbench %1 --help'.\n");
-    std::fputs(line.arg(mName, text).toUtf8().constData(), stderr);
+    standardError().line(QStringLiteral("canbench %1: %2").arg(mName, text));
+    standardError().line(QStringLiteral("Try 'canbench %1 --help'.").arg(mName));
     return WrongUsage;
+}
+
+QString readFaultOption(const QString &text, ParseContext &context)
+{
+    constexpr char kDefaultRate[] = "0.02";
+    QStringList words{QStringLiteral("fault")};
+    for (const QString &item : text.split(QLatin1Char(','))) {
+        const QString rate = item.section(QLatin1Char('='), 1);
+        if (words.size() > 1)
+            words += QStringLiteral(",");
+        words += {item.section(QLatin1Char('='), 0, 0).trimmed(), QStringLiteral("rate"),
+                  rate.isNull() ? QString(kDefaultRate) : rate};
+    }
+    const QString problem = parseWords(words, context);
+    return problem.isEmpty() ? QString() : QStringLiteral("--faults: ") + problem;
 }
 
 int fail(const QString &problem)
 {
-    std::fputs(QStringLiteral("canbench: %1\n").arg(problem).toUtf8().constData(), stderr);
+    standardError().line(QStringLiteral("canbench: ") + problem);
     return Failed;
 }
 
 void say(const QString &line)
 {
-    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stdout);
-    std::fflush(stdout);
+    standardOutput().text(line);
+    standardOutput().flush();
 }
 
 } // namespace bench

@@ -11,7 +11,7 @@ namespace bench {
 enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2, ExpectationFailed = 3, SignalBase = 128 };
 
 /// A subcommand: \p run gets the arguments after its name and returns an exit code.
-struct Command
+struct Subcommand
 {
     const char *name;
     const char *summary;
@@ -26,6 +26,7 @@ int exportCommand(const QStringList &arguments);
 int tourCommand(const QStringList &arguments);
 int soakCommand(const QStringList &arguments);
 int doctorCommand(const QStringList &arguments);
+int namesCommand(const QStringList &arguments);
 
 /// The arguments of one subcommand. Options and positional arguments are added to it before
 /// parse().
@@ -44,6 +45,8 @@ public:
     int number(const QString &option, int fallback, int low, int high);
     /// The same for a number of seconds.
     double seconds(const QString &option, double fallback, double low, double high);
+    /// The same for a number without unit.
+    double factor(const QString &option, double fallback, double low, double high);
 
     /// Says on standard error what is wrong and how to get help. \returns the exit code for it.
     int complain(const QString &problem);
@@ -51,6 +54,7 @@ public:
 
 private:
     QString help() const;
+    double real(const QString &option, const char *what, double fallback, double low, double high);
 
     const QString mName;
     const QString mUsage;
@@ -58,10 +62,15 @@ private:
     bool mWrong = false;
 };
 
+struct ParseContext;
+/// Reads the `KIND[=RATE],...` of --faults into the step that it stands for.
+/// \returns an empty text, or what is wrong.
+QString readFaultOption(const QString &text, ParseContext &context);
+
 /// A line on standard error, with the program's name in front. \returns Failed.
 int fail(const QString &problem);
 
-/// A line on standard output.
+/// Lines of our own on standard output, which are there at once.
 void say(const QString &line);
 
 } // namespace bench

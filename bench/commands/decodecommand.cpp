@@ -1,6 +1,7 @@
-#include "commandline.h"
-#include "decodeprinter.h"
-#include "pluginfile.h"
+#include "bench/commands/commandline.h"
+#include "bench/headunit/pluginfile.h"
+#include "bench/recording/decoder.h"
+#include "bench/screen/printer.h"
 
 #include <QLoggingCategory>
 
@@ -18,14 +19,16 @@ int decodeCommand(const QStringList &arguments)
         "canbench decode --json trip.trace | grep doorChanged");
     line.addOptions({
         {"json", "One JSON object a line."},
-        {"csv", "Rows of seconds, from, what, type, name and value."},
+        {"csv", "Rows of seconds, epoch, source, kind, name, value and unit."},
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
-        {"model", "The car model that was selected in the head unit (default 1).", "ID"},
+        {"model",
+         "The car model that was selected in the head unit (default: the recording's, or 1).",
+         "ID"},
     });
     if (const auto code = line.read(arguments, 1))
         return *code;
     const QString file = line.positionalArguments().value(0);
-    const int carModel = line.number("model", 1, -32768, 65535);
+    int carModel = line.number("model", 1, -32768, 65535);
     if (line.isWrong())
         return WrongUsage;
     if (file.isEmpty())
@@ -37,20 +40,35 @@ int decodeCommand(const QStringList &arguments)
     TraceReader trace(file);
     if (!trace.problem().isEmpty())
         return fail(trace.problem());
+    if (!line.isSet("model") && trace.car())
+        carModel = trace.car()->model;
+    else if (trace.car() && trace.car()->model != carModel)
+        fail(QStringLiteral("read as of car model %1; the recording is of %2")
+                 .arg(carModel)
+                 .arg(trace.car()->model));
     TraceDecoder decoder;
     const QString plugin = line.value("plugin");
     const QString problem = decoder.open(plugin.isEmpty() ? defaultPluginFile() : plugin, carModel);
     if (!problem.isEmpty())
         return fail(problem);
 
-    DecodePrinter printer(&decoder, line.isSet("json")  ? DecodePrinter::Json
-                                    : line.isSet("csv") ? DecodePrinter::Csv
-                                                        : DecodePrinter::Text);
+    Printer printer(line.isSet("json")  ? Printer::Json
+                    : line.isSet("csv") ? Printer::Csv
+                                        : Printer::Text);
+    printer.setTerse(printer.format() == Printer::Text);
+    QObject::connect(&decoder, &TraceDecoder::item, [&](bool fromBox, const LineItem &item) {
+        printer.print(fromBox, item, decoder.seconds());
+    });
+    QObject::connect(&decoder, &TraceDecoder::happened,
+                     [&](const Event &event) { printer.print(event, decoder.state()); });
     TraceLine chunk;
-    while (trace.next(&chunk))
+    for (bool isFirst = true; trace.next(&chunk); isFirst = false) {
+        if (isFirst)
+            printer.setOrigin(chunk.time);
         decoder.feed(chunk);
+    }
     decoder.finish();
-    printer.printSummary();
+    printer.print(decoder.summary(), decoder.seconds());
     if (!trace.note().isEmpty())
         fail(trace.note());
     return trace.problem().isEmpty() ? int(Done) : int(fail(trace.problem()));

@@ -1,11 +1,12 @@
 // canbench: try, test and watch the CAN service without a car.
-#include "commandline.h"
+#include "bench/commands/commandline.h"
+#include "bench/screen/output.h"
 
 #include <QCoreApplication>
 
 namespace {
 
-constexpr bench::Command kCommands[] = {
+constexpr bench::Subcommand kCommands[] = {
     {"run", "run the plug-in on the embedded box or on a device and print what happens",
      bench::runCommand},
     {"play", "play a scenario with expectations on the embedded car", bench::playCommand},
@@ -15,6 +16,7 @@ constexpr bench::Command kCommands[] = {
     {"tour", "a guided run of 15 s through what the plug-in does", bench::tourCommand},
     {"soak", "hours of traffic with all faults, and a look at memory, descriptors and state",
      bench::soakCommand},
+    {"names", "list the values, getters, signals and events by name", bench::namesCommand},
     {"doctor", "say whether a file can be loaded as the plug-in, and why not",
      bench::doctorCommand},
 };
@@ -22,24 +24,17 @@ constexpr bench::Command kCommands[] = {
 QString overview()
 {
     QString text = QStringLiteral("Usage: canbench COMMAND [options]\n\nCommands:\n");
-    for (const bench::Command &command : kCommands)
+    for (const bench::Subcommand &command : kCommands)
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command.name), -8)
                     .arg(QLatin1String(command.summary));
     return text + QStringLiteral("\n'canbench COMMAND --help' tells more, with examples.");
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int runProgram(const QStringList &arguments)
 {
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("canbench"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(CANBENCH_VERSION));
-
-    const QStringList arguments = QCoreApplication::arguments();
     const QString name = arguments.value(1);
-    for (const bench::Command &command : kCommands)
+    for (const bench::Subcommand &command : kCommands)
         if (name == QLatin1String(command.name))
             return command.run(arguments.mid(2));
 
@@ -55,4 +50,15 @@ int main(int argc, char **argv)
                                : QStringLiteral("there is no command '%1'").arg(name));
     bench::fail(QStringLiteral("try 'canbench --help'"));
     return bench::WrongUsage;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    bench::prepareStandardStreams();
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("canbench"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(CANBENCH_VERSION));
+    return bench::finishStandardStreams(runProgram(QCoreApplication::arguments()));
 }

@@ -1,9 +1,9 @@
-#include "commandline.h"
-#include "datatypes.h"
-#include "eventprinter.h"
-#include "progress.h"
-#include "traceplayer.h"
-#include "unixsignals.h"
+#include "bench/commands/commandline.h"
+#include "bench/headunit/session.h"
+#include "bench/recording/traceplayer.h"
+#include "bench/screen/printer.h"
+#include "bench/screen/progress.h"
+#include "bench/screen/unixsignals.h"
 
 #include <serialport.h>
 
@@ -55,17 +55,17 @@ int play(TracePlayer &player, Progress &progress)
 
 // A new terminal may bear the number of one that another program still has locked; the host tries
 // again every second. \returns whether it has succeeded.
-bool awaitDevice(const bool &isOpen, Session &session)
+bool awaitDevice(Session &session)
 {
     QEventLoop loop;
     QObject::connect(&session, &Session::happened, &loop, [&] {
-        if (isOpen)
+        if (session.isDeviceOpen())
             loop.quit();
     });
     QTimer::singleShot(kOpenMs, &loop, &QEventLoop::quit);
-    if (!isOpen)
+    if (!session.isDeviceOpen())
         loop.exec();
-    return isOpen;
+    return session.isDeviceOpen();
 }
 
 int playToPlugin(TracePlayer &player, const CommandLine &line, int carModel)
@@ -78,12 +78,9 @@ int playToPlugin(TracePlayer &player, const CommandLine &line, int carModel)
     options.device = terminal.path();
     options.carModel = carModel;
     Session session(options);
-    EventPrinter printer(line.isSet("json") ? EventPrinter::Json : EventPrinter::Text);
+    Printer printer(line.isSet("json") ? Printer::Json : Printer::Text);
     Progress progress;
-    bool isOpen = false;
     QObject::connect(&session, &Session::happened, [&](const Event &event) {
-        if (event.name == QLatin1String("device"))
-            isOpen = event.arguments.first().toBool();
         progress.clear();
         printer.print(event, session.state());
     });
@@ -91,7 +88,7 @@ int playToPlugin(TracePlayer &player, const CommandLine &line, int carModel)
     const QString problem = session.open();
     if (!problem.isEmpty())
         return fail(problem);
-    if (!awaitDevice(isOpen, session))
+    if (!awaitDevice(session))
         return fail(QStringLiteral("nothing was replayed"));
     session.start();
     const int code = play(player, progress);
@@ -109,9 +106,11 @@ int playToDevice(TracePlayer &player, const QString &device)
     canservice::SerialPort port;
     if (!port.open(device, canbox::kBaudRate)) // It has said why.
         return fail(QStringLiteral("nothing was replayed"));
-    FrameReader answers;
+    const SteadyClock clock;
+    LineCutter answers(LineCutter::Box);
     qint64 dropped = 0;
-    QObject::connect(&port, &canservice::SerialPort::read, &answers, &FrameReader::feed);
+    QObject::connect(&port, &canservice::SerialPort::read, &answers,
+                     [&](const QByteArray &bytes) { answers.feed(bytes, clock.microseconds()); });
     QObject::connect(&player, &TracePlayer::chunk, [&](const QByteArray &bytes) {
         if (!port.writeData(bytes, false))
             ++dropped;
@@ -149,19 +148,20 @@ int replayCommand(const QStringList &arguments)
         {"device", "Play to the serial device DEV instead of the plug-in.", "DEV"},
         {"to-box", "Play what went to the box, not what came from it; needs --device."},
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
-        {"model", "The car model that is selected in the head unit (default 1).", "ID"},
+        {"model",
+         "The car model that is selected in the head unit (default: the recording's, or 1).", "ID"},
         {"json", "One JSON object a line."},
     });
     if (const auto code = line.read(arguments, 1))
         return *code;
     PlayOptions options;
     const QString file = line.positionalArguments().value(0);
-    options.speed = line.seconds("speed", 1, 0.01, 1000);
+    options.speed = line.factor("speed", 1, 0.01, 1000);
     options.passes = line.number("loop", 1, 0, 1'000'000'000);
     options.from = line.seconds("from", options.from, 0, options.to);
     options.to = line.seconds("to", options.to, options.from, options.to);
     options.fromBox = !line.isSet("to-box");
-    const int carModel = line.number("model", 1, -32768, 65535);
+    int carModel = line.number("model", 1, -32768, 65535);
     if (line.isWrong())
         return WrongUsage;
     for (const QString &type : line.value("only").split(',', Qt::SkipEmptyParts)) {
@@ -182,6 +182,8 @@ int replayCommand(const QStringList &arguments)
     const QString problem = player.prepare();
     if (!problem.isEmpty())
         return fail(problem);
+    if (player.car() && !line.isSet("model"))
+        carModel = player.car()->model;
     const int code = line.isSet("device") ? playToDevice(player, line.value("device"))
                                           : playToPlugin(player, line, carModel);
     if (!player.note().isEmpty())

@@ -1,13 +1,7 @@
-#include "commandline.h"
-#include "eventprinter.h"
-#include "faultinjector.h"
-#include "fingers.h"
-#include "liveview.h"
-#include "pluginfile.h"
-#include "session.h"
-#include "tracerecorder.h"
-#include "unixsignals.h"
-#include "valuewitness.h"
+#include "bench/commands/sessionrun.h"
+#include "bench/language/parser.h"
+#include "bench/language/runner.h"
+#include "bench/screen/liveview.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -16,21 +10,10 @@ namespace bench {
 
 namespace {
 
-void listValues(const VirtualCar &car)
-{
-    for (int i = 0; i < kCarValueCount; ++i) {
-        const CarValueInfo &info = carValueInfo(static_cast<CarValue>(i));
-        say(QStringLiteral("%1 %2 %3")
-                .arg(QLatin1String(info.name), -26)
-                .arg(car.text(info.id), -14)
-                .arg(carValueRange(info)));
-    }
-}
-
 void addOptions(CommandLine *line)
 {
+    addSessionOptions(line);
     line->addOptions({
-        {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
         {"device", "Talk to the box on the serial device DEV instead of the embedded one.", "DEV"},
         {"model", "The car model that is selected in the head unit (default 1).", "ID"},
         {"hwd-index", "The index under which the box knows the car (default 1).", "N"},
@@ -42,146 +25,121 @@ void addOptions(CommandLine *line)
          "KEY[:MS]"},
         {"faults",
          "Faults on the line to the embedded box: KIND[=RATE],... with RATE a probability "
-         "per frame, or 'all'. A wrong kind lists them.",
+         "per frame (default 0.02), or 'all'. A wrong kind lists them.",
          "KINDS"},
-        {"seed", "The same seed gives the same faults (default 1).", "N"},
-        {"trace", "Record what the serial line carries to the trace FILE.", "FILE"},
         {"list-values", "List the values of the embedded car, what they are and may be."},
-        {"json", "One JSON object a line."},
         {"plain", "A line per event on a terminal too, instead of the live view."},
-        {"log", "Show the service's own log on standard error."},
     });
 }
 
-void printVerdict(const ValueWitness &witness, const SessionOptions &options, EventPrinter &printer)
+// Steps that options stand for.
+struct OptionSteps
 {
-    ValueWitness::Verdict verdict;
-    QLoggingCategory::setFilterRules("default=false"); // What the service says of the past.
-    const QString plugin = options.plugin.isEmpty() ? defaultPluginFile() : options.plugin;
-    const QString problem = witness.judge(plugin, options.carModel, &verdict);
-    if (!problem.isEmpty()) {
-        fail(problem);
-        return;
-    }
-    printer.print(QStringLiteral("values"),
-                  {{QStringLiteral("shown by the host"), verdict.shown},
-                   {QStringLiteral("never sent by the box"), verdict.neverSent},
-                   {QStringLiteral("of these damaged, with a right sum"), verdict.unseenDamage}});
-    for (const QString &value : verdict.unexplained)
-        fail(QStringLiteral("%1 was shown, which no frame said").arg(value));
-}
-
-struct RunSettings
-{
-    SessionOptions session;
-    QList<KeyPress> presses;
-    std::optional<FaultPlan> faults;
-    quint32 seed = 1;
-    double duration = 0; ///< Seconds; 0 for no end.
+    Scenario before; ///< The start.
+    Scenario linked; ///< Once the link is up.
 };
 
+// `NAME=VALUE`, `KEY:MS` and `KIND=RATE,...` in the words of the language.
 // \returns an empty text, or what is wrong.
-QString readSettings(CommandLine *line, RunSettings *settings)
+QString readSteps(const CommandLine &line, OptionSteps *steps)
 {
-    settings->session.plugin = line->value("plugin");
-    settings->session.device = line->value("device");
-    settings->session.carModel = line->number("model", 1, -32768, 65535);
-    settings->session.carIndex = line->number("hwd-index", 1, 0, 65535);
-    settings->seed = static_cast<quint32>(line->number("seed", 1, 0, 0x7FFFFFFF));
-    settings->duration = line->seconds("duration", 0, 0.001, 1e6);
-    if (line->isSet("device")) {
-        if (settings->session.device.isEmpty())
-            return QStringLiteral("--device needs the name of a device, such as /dev/ttyUSB0");
-        if (line->isSet("set") || line->isSet("press") || line->isSet("faults"))
-            return QStringLiteral(
-                "--set, --press and --faults are for the embedded box, not for a --device");
+    ParseContext before{&steps->before};
+    ParseContext linked{&steps->linked};
+    QString problem;
+    const auto read = [&problem](const QString &option, const QStringList &words,
+                                 ParseContext &context) {
+        const QString mistake = parseWords(words, context);
+        if (problem.isEmpty() && !mistake.isEmpty())
+            problem = QStringLiteral("--%1: %2").arg(option, mistake);
+    };
+    for (const QString &text : line.values("set"))
+        read("set", QStringList{"set", text.section('=', 0, 0)} + text.split('=').mid(1), before);
+    for (const QString &text : line.values("press")) {
+        const QStringList parts = text.split(':');
+        QStringList words{"press", parts.first()};
+        if (parts.size() > 1)
+            words += {"for", parts.mid(1).join(':') + "ms"};
+        read("press", words, linked);
+        read("press", {"wait", "300ms", "real"}, linked);
     }
-    for (const QString &press : line->values("press")) {
-        const QString problem = readKeyPress(press, &settings->presses);
-        if (!problem.isEmpty())
-            return "--press needs " + problem;
-    }
-    if (line->isSet("faults")) {
-        settings->faults.emplace();
-        return settings->faults->read(line->value("faults"));
-    }
-    return {};
+    if (problem.isEmpty() && line.isSet("faults"))
+        problem = readFaultOption(line.value("faults"), before);
+    return problem;
 }
 
-// \returns an empty text, or what is wrong.
-QString setValues(VirtualCar *car, const QStringList &settings)
+void listValues()
 {
-    for (const QString &setting : settings) {
-        const QString problem = car->set(setting.section('=', 0, 0), setting.section('=', 1));
-        if (!problem.isEmpty())
-            return problem + "; see 'canbench run --list-values'";
+    const VirtualCar car;
+    for (int index = 0; index < kValueCount; ++index) {
+        const ValueId id{index};
+        say(QStringLiteral("%1 %2 %3")
+                .arg(QLatin1String(fieldOf(id).name), -26)
+                .arg(car.text(id), -14)
+                .arg(valueRange(fieldOf(id))));
     }
-    return {};
 }
 
-int run(CommandLine *line, const RunSettings &settings)
+int run(const CommandLine &line, const RunOptions &options, const OptionSteps &steps,
+        double duration)
 {
-    UnixSignals unixSignals;
-    auto theSession = std::make_unique<Session>(settings.session);
-    Session &session = *theSession;
-    const QString wrongValue = setValues(&session.car(), line->values("set"));
-    if (!wrongValue.isEmpty())
-        return line->complain(wrongValue);
+    SessionRun run(options);
+    Session &session = run.session();
+    Runner given(Stage(session), 1);
+    Runner keys(Stage(session), 1);
 
-    QLoggingCategory::setFilterRules(line->isSet("log") ? "default.debug=true"
-                                                        : "default.debug=false");
-    EventPrinter printer(line->isSet("json") ? EventPrinter::Json : EventPrinter::Text);
     std::unique_ptr<LiveView> view;
-    const bool wantsLines = line->isSet("json") || line->isSet("plain") || line->isSet("log");
-    if (Terminal::isAvailable() && !wantsLines) {
+    const bool wantsLines = line.isSet("json") || line.isSet("plain") || line.isSet("log");
+    if (Terminal::isAvailable() && !wantsLines)
         view = std::make_unique<LiveView>(&session);
-        QObject::connect(view.get(), &LiveView::quit, [] { QCoreApplication::exit(Done); });
-    }
-    auto *fingers = new Fingers(&session.car(), settings.presses);
+    bool wasLinked = false;
     QObject::connect(&session, &Session::happened, [&](const Event &event) {
         if (view)
             view->show(event);
         else
-            printer.print(event, session.state());
-        if (session.linkCode() == 3)
-            fingers->begin();
+            run.printer().print(event, session.state());
+        if (session.linkCode() == 3 && !std::exchange(wasLinked, true))
+            given.run(steps.linked.steps);
     });
-    QObject::connect(&unixSignals, &UnixSignals::caught,
+    if (view) {
+        QObject::connect(view.get(), &LiveView::quit, [] { QCoreApplication::exit(Done); });
+        QObject::connect(view.get(), &LiveView::acted, [&](const QString &text) {
+            Scenario scenario;
+            ParseContext context{&scenario, session.isStarted(),
+                                 session.boxEnd() && session.boxEnd()->isPlugged()};
+            for (const QString &step : text.split('\n'))
+                parseLine(step, 0, context);
+            bool isPossible = scenario.mistakes.isEmpty();
+            for (const Mistake &mistake : qAsConst(scenario.mistakes))
+                view->note(QStringLiteral("           ") + mistake.text);
+            for (const Step &step : qAsConst(scenario.steps))
+                if ((step.needs & NeedsBox) && !session.boxEnd()) {
+                    view->note(
+                        QStringLiteral("           '%1' needs the embedded box").arg(step.text));
+                    isPossible = false;
+                }
+            if (isPossible)
+                keys.run(scenario.steps);
+        });
+    }
+    QObject::connect(&run.unixSignals(), &UnixSignals::caught,
                      [](int number) { QCoreApplication::exit(SignalBase + number); });
-    if (settings.duration > 0)
-        QTimer::singleShot(static_cast<int>(settings.duration * 1000),
-                           [] { QCoreApplication::exit(Done); });
+    if (duration > 0)
+        QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
 
-    TraceRecorder recorder;
-    if (line->isSet("trace")) {
-        const QString &device = settings.session.device;
-        const QString problem =
-            recorder.start(line->value("trace"), device.isEmpty() ? "canbox" : device);
-        if (!problem.isEmpty())
-            return fail(problem);
-    }
-    const QString problem = session.open();
-    if (!problem.isEmpty())
+    const QString problem = run.open();
+    if (!problem.isEmpty()) {
+        view.reset();
         return fail(problem);
-    std::unique_ptr<FaultInjector> injector;
-    std::unique_ptr<ValueWitness> witness;
-    if (settings.faults) {
-        witness = std::make_unique<ValueWitness>(&session);
-        injector = std::make_unique<FaultInjector>(&session, settings.seed);
-        injector->setPlan(*settings.faults);
     }
+    given.play(steps.before.steps);
     session.start();
     const int code = QCoreApplication::exec();
-    session.stop();
     view.reset();
-    printer.print(session.summary(), session.seconds());
-    if (injector) {
-        printer.print(QStringLiteral("faults"), injector->summary());
-        injector.reset();
-        theSession.reset(); // It has the plug-in's one service.
-        printVerdict(*witness, settings.session, printer);
-    }
-    return recorder.problem().isEmpty() ? code : int(fail(recorder.problem()));
+    const bool wasOpen = session.summary().fromBox.frameTotal() > 0 || session.isDeviceOpen();
+    const int result = run.finish(code);
+    if (result == Done && !wasOpen)
+        return fail(QStringLiteral("the device was never open, and nothing was tried; see above"));
+    return result;
 }
 
 } // namespace
@@ -200,17 +158,31 @@ int runCommand(const QStringList &arguments)
     addOptions(&line);
     if (const auto code = line.read(arguments))
         return *code;
-    RunSettings settings;
-    const QString problem = readSettings(&line, &settings);
+    RunOptions options = readSessionOptions(&line);
+    options.session.device = line.value("device");
+    options.session.carModel = line.number("model", 1, -32768, 65535);
+    options.session.carIndex = line.number("hwd-index", 1, 0, 65535);
+    const double duration = line.seconds("duration", 0, 0.001, 1e6);
+    OptionSteps steps;
     if (line.isWrong())
         return WrongUsage;
+    if (line.isSet("device")) {
+        if (options.session.device.isEmpty())
+            return line.complain("--device needs the name of a device, such as /dev/ttyUSB0");
+        if (line.isSet("set") || line.isSet("press") || line.isSet("faults"))
+            return line.complain(
+                "--set, --press and --faults are for the embedded box, not for a --device");
+    }
+    const QString problem = readSteps(line, &steps);
     if (!problem.isEmpty())
         return line.complain(problem);
     if (line.isSet("list-values")) {
-        listValues(VirtualCar());
+        listValues();
         return Done;
     }
-    return run(&line, settings);
+    QLoggingCategory::setFilterRules(line.isSet("log") ? "default.debug=true"
+                                                       : "default.debug=false");
+    return run(line, options, steps, duration);
 }
 
 } // namespace bench

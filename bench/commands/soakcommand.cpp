@@ -1,38 +1,33 @@
 // Much traffic, all faults, and the question what is left of them.
-#include "commandline.h"
-#include "eventprinter.h"
-#include "faultinjector.h"
-#include "session.h"
-#include "unixsignals.h"
+#include "bench/commands/commandline.h"
+#include "bench/headunit/witness.h"
+#include "bench/language/parser.h"
+#include "bench/language/runner.h"
+#include "bench/screen/output.h"
+#include "bench/screen/printer.h"
+#include "bench/screen/progress.h"
+#include "bench/screen/unixsignals.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QLoggingCategory>
 
-#include <cstdio>
 #include <malloc.h>
 
 namespace bench {
 
 namespace {
 
-constexpr int kWarmUp = 5000; // ms until memory has found its size
+constexpr int kWarmUp = 3000; // ms until memory has found its size
 constexpr int kSettle = 4000; // ms for the host to come back and hear the whole car
 // KiB. Queues keep the room of their longest moment; one small block lost per frame would be
 // megabytes.
 constexpr int kAllowedGrowth = 1024;
 
 // Per frame; what stops the traffic for seconds is rare.
-constexpr char kDefaultFaults[] = "all=0.0002,silence=1e-5,stall=1e-5,no-answer=0,unplug=1e-5,"
-                                  "unplug-frame=1e-5,unplug-write=1e-5";
-
-// Values whose getter answers what goes over the wire, under the same name.
-constexpr const char *kComparable[] = {
-    "door.left_front", "door.right_front",     "door.left_rear",        "door.right_rear",
-    "door.rear",       "climate.ac",           "climate.inside_air",    "climate.auto",
-    "climate.max",     "climate.rear",         "climate.front_defrost", "climate.wheel_heat",
-    "climate.fan",     "climate.rear_defrost",
-};
+constexpr char kDefaultFaults[] =
+    "fault all rate 0.0002, silence rate 0.00001, stall rate 0.00001, no-answer rate 0, "
+    "unplug rate 0.00001, unplug-frame rate 0.00001, unplug-write rate 0.00001";
 
 qint64 heapKibibytes() { return static_cast<qint64>(mallinfo2().uordblks / 1024); }
 
@@ -48,7 +43,7 @@ public:
     {
         mTick.setInterval(50); // Begins again what a silent box has ended.
         QObject::connect(&mTick, &QTimer::timeout, &mTick, [this] { change(); });
-        QObject::connect(&mSession->box(), &VirtualBox::frameSent, &mTick, [this] {
+        QObject::connect(&mSession->boxEnd()->box(), &VirtualBox::frameSent, &mTick, [this] {
             if (mTick.isActive())
                 change();
         });
@@ -61,8 +56,8 @@ private:
     void change()
     {
         for (int i = 0; i < 4; ++i) {
-            const auto value = static_cast<CarValue>(mRandom.below(kCarValueCount));
-            mSession->car().setRaw(value, mRandom.below(1 << carValueInfo(value).bits));
+            const ValueId id{mRandom.below(kValueCount)};
+            mSession->boxEnd()->car().setRaw(id, mRandom.below(fieldOf(id).mask() + 1));
         }
     }
 
@@ -70,25 +65,6 @@ private:
     FaultRandom mRandom;
     QTimer mTick;
 };
-
-QStringList differences(Session &session)
-{
-    QStringList texts;
-    const Snapshot state = session.readState();
-    for (int i = 0; i < kCarValueCount; ++i) {
-        const CarValueInfo &info = carValueInfo(static_cast<CarValue>(i));
-        const bool comparable =
-            std::any_of(std::begin(kComparable), std::end(kComparable),
-                        [&info](const char *name) { return qstrcmp(name, info.name) == 0; });
-        const int answer = state.value(info.name).value.toInt();
-        if (comparable && answer != session.car().raw(info.id))
-            texts += QStringLiteral("%1 is %2, and the getter answers %3")
-                         .arg(QLatin1String(info.name))
-                         .arg(session.car().raw(info.id))
-                         .arg(answer);
-    }
-    return texts;
-}
 
 // Ends early, as the main loop does, on a signal.
 void wait(int milliseconds, const UnixSignals &unixSignals)
@@ -128,9 +104,13 @@ int soakCommand(const QStringList &arguments)
     const auto seed = static_cast<quint32>(line.number("seed", 1, 0, 0x7FFFFFFF));
     if (line.isWrong())
         return WrongUsage;
-    FaultPlan plan;
-    const QString wrongPlan =
-        plan.read(line.isSet("faults") ? line.value("faults") : kDefaultFaults);
+    Scenario faults;
+    ParseContext context{&faults};
+    QString wrongPlan;
+    if (line.isSet("faults"))
+        wrongPlan = readFaultOption(line.value("faults"), context);
+    else
+        parseLine(QString::fromLatin1(kDefaultFaults), 1, context);
     if (!wrongPlan.isEmpty())
         return line.complain(wrongPlan);
 
@@ -139,25 +119,27 @@ int soakCommand(const QStringList &arguments)
     UnixSignals unixSignals;
     SessionOptions options;
     options.plugin = line.value("plugin");
-    options.readsState = false;
+    options.seed = seed;
     Session session(options);
     const QString problem = session.open();
     if (!problem.isEmpty())
         return fail(problem);
-    session.box().setBaudRate(canbox::kBaudRate * speed);
-    FaultInjector injector(&session, seed);
+    BoxEnd &end = *session.boxEnd();
+    end.box().setBaudRate(canbox::kBaudRate * speed);
+    FaultInjector &injector = end.faults();
+    Witness witness(&session, Witness::Present);
+    Runner runner(Stage(session), 1);
     RestlessCar car(&session, seed);
     int lossesSignalled = 0;
     QObject::connect(&session, &Session::happened, [&lossesSignalled](const Event &event) {
-        const bool isLink = event.name == QLatin1String("notifyCanbusStatus");
-        lossesSignalled += isLink && event.arguments.first().toInt() == 0;
+        lossesSignalled += event.isLink() && numberOf(event.arguments.first()) == 0;
     });
     QObject::connect(&unixSignals, &UnixSignals::caught,
                      [](int number) { QCoreApplication::exit(SignalBase + number); });
 
-    std::fprintf(stderr,
-                 "Soaking for %.0f s, and some more to begin and to end. Ctrl-C stops it.\n",
-                 duration);
+    standardError().line(QStringLiteral("Soaking for %1 s, and some 10 s more to begin and to end. "
+                                        "Ctrl-C stops it.")
+                             .arg(duration, 0, 'f', 0));
     session.start();
     car.begin();
     wait(kWarmUp, unixSignals);
@@ -165,13 +147,24 @@ int soakCommand(const QStringList &arguments)
         return SignalBase + unixSignals.latest();
     const qint64 heapBefore = heapKibibytes();
     const int descriptorsBefore = descriptors();
-    injector.setPlan(plan);
+    runner.play(faults.steps);
 
     for (int loss = 0; loss < losses; ++loss)
         QTimer::singleShot(static_cast<int>(duration * 1000 * (loss + 0.5) / losses), &injector,
                            [&injector] { injector.inject(Fault::NoAnswer); });
     QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
+    Progress progress;
+    QElapsedTimer elapsed;
+    QTimer tick;
+    elapsed.start();
+    QObject::connect(&tick, &QTimer::timeout, [&] {
+        progress.show(static_cast<double>(elapsed.elapsed()) / 1000, duration);
+    });
+    if (progress.isVisible())
+        tick.start(200);
     const int code = QCoreApplication::exec();
+    tick.stop();
+    progress.clear();
     if (code != Done)
         return code;
 
@@ -181,14 +174,16 @@ int soakCommand(const QStringList &arguments)
     while (injector.isBusy() && unixSignals.latest() == 0)
         wait(100, unixSignals);
     wait(kSettle, unixSignals);
-    session.box().reportAll();
+    end.box().reportAll();
     wait(1000, unixSignals);
     if (unixSignals.latest() != 0)
         return SignalBase + unixSignals.latest();
 
     const qint64 growth = heapKibibytes() - heapBefore;
     const int moreDescriptors = descriptors() - descriptorsBefore;
-    QStringList failures = differences(session);
+    QStringList failures;
+    for (const QString &difference : witness.differences())
+        failures += QStringLiteral("the host does not know the car: %1").arg(difference);
     if (session.linkCode() != 3)
         failures += QStringLiteral("the link did not come back");
     if (growth > kAllowedGrowth)
@@ -200,16 +195,19 @@ int soakCommand(const QStringList &arguments)
                         .arg(injector.count(Fault::NoAnswer))
                         .arg(lossesSignalled);
 
-    EventPrinter printer(EventPrinter::Text);
+    Printer printer(Printer::Text);
     printer.print(session.summary(), session.seconds());
-    printer.print(QStringLiteral("faults"), injector.summary());
-    printer.print(QStringLiteral("resources"),
-                  {{QStringLiteral("seconds of a full line"),
-                    injector.bytesPassed() / (canbox::kBaudRate / 10)},
-                   {QStringLiteral("heap growth, KiB"), growth},
-                   {QStringLiteral("descriptors more"), moreDescriptors}});
+    printer.print("faults", injector.summary());
+    printer.print("resources", {{QStringLiteral("seconds of a full line"),
+                                 injector.bytesPassed() / (canbox::kBaudRate / 10)},
+                                {QStringLiteral("heap growth, KiB"), growth},
+                                {QStringLiteral("descriptors more"), moreDescriptors}});
     for (const QString &failure : failures)
         fail(failure);
+    printer.outcome({}, {});
+    printer.outcome(failures.isEmpty() ? QStringLiteral("The soak passed")
+                                       : QStringLiteral("The soak failed: see above"),
+                    {});
     return failures.isEmpty() ? Done : ExpectationFailed;
 }
 

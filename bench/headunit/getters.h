@@ -1,0 +1,58 @@
+// The service's state by name: one row a getter, with its type, its words, what announces a change,
+// and what the wire means by it.
+#pragma once
+
+#include "bench/headunit/meanings.h"
+#include "bench/headunit/value.h"
+#include "bench/wire/span.h"
+
+#include <QStringList>
+
+#include <optional>
+
+class CanServiceBase;
+
+namespace bench {
+
+/// A signal without arguments that announces a change of state.
+using Announcement = void (CanServiceBase::*)();
+
+/// How a value is asked for. Its type is the operation's: of what kind it is is known before any
+/// service is there.
+struct Reader
+{
+    Value (*ask)(CanServiceBase &service);
+    int type; ///< Value::index().
+
+    Value operator()(CanServiceBase &service) const { return ask(service); }
+    bool isSwitch() const { return type == 0; }
+    bool isText() const { return type == 3; }
+};
+
+/// One state getter of the interface, or one member of a record that it hands out.
+struct Getter
+{
+    const char
+        *name; ///< For example `climate.left`. The car's value of the same name is its source.
+    Reader read;
+    QString (*unit)(CanServiceBase &service) = nullptr; ///< Null for a value without a unit text.
+    Announcement announcements[2] = {};                 ///< Null: it never changes.
+    Inbound report = {};       ///< The frame that it comes from; 0 for none.
+    Meaning meaning = nullptr; ///< Null: no frame changes it.
+    Span<Word> words = {};     ///< What stands for a number; of a switch, for off and on.
+    bool quiet =
+        false; ///< May change before its signal, or without one: see StateWatch::lookAround().
+    bool alias = false; ///< An older name, or a part of another value: read by name, not listed.
+
+    QString text(const Value &value, const QString &unit) const;
+    /// Reads it, with its unit behind.
+    QString textOf(CanServiceBase &service) const;
+    QString unitOf(CanServiceBase &service) const { return unit ? unit(service) : QString(); }
+};
+
+int getterCount();
+const Getter &getter(int index);
+/// The index of the getter with the given name; -1 for an unknown name.
+int findGetter(const QString &name);
+
+} // namespace bench

@@ -1,0 +1,64 @@
+#include "bench/headunit/servicetime.h"
+
+#include <QCoreApplication>
+
+#include <ctime>
+#include <dlfcn.h>
+
+namespace {
+
+bool isVirtual = false;
+timespec now;
+qint64 passed = 0; // Nanoseconds since the construction.
+
+constexpr qint64 kSecond = 1'000'000'000; // In nanoseconds, as the rest here.
+constexpr qint64 kStep = 10'000'000;      // Finer than any timer of the service.
+
+void pass(qint64 nanoseconds)
+{
+    passed += nanoseconds;
+    const qint64 sum = now.tv_nsec + nanoseconds;
+    now.tv_sec += static_cast<time_t>(sum / kSecond);
+    now.tv_nsec = static_cast<long>(sum % kSecond);
+    QCoreApplication::processEvents();
+}
+
+} // namespace
+
+// Stands before the system's for every library of the process. The system's needs no system call.
+extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
+{
+    if (isVirtual && clock == CLOCK_MONOTONIC) {
+        *time = now;
+        return 0;
+    }
+    using ClockGetTime = int (*)(clockid_t, timespec *);
+    static const auto systems = reinterpret_cast<ClockGetTime>(dlsym(RTLD_NEXT, "clock_gettime"));
+    return systems(clock, time);
+}
+
+namespace bench {
+
+ServiceTime::ServiceTime()
+{
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    // Coarse timers run out at certain parts of a second: always the same ones this way.
+    ++now.tv_sec;
+    now.tv_nsec = 0;
+    passed = 0;
+    isVirtual = true;
+}
+
+ServiceTime::~ServiceTime() { isVirtual = false; }
+
+qint64 ServiceTime::nanoseconds() const { return passed; }
+
+void ServiceTime::advance(qint64 microseconds)
+{
+    qint64 rest = microseconds * 1000;
+    for (; rest > kStep; rest -= kStep)
+        pass(kStep);
+    pass(rest);
+}
+
+} // namespace bench

@@ -1,0 +1,285 @@
+#include "bench/language/runner.h"
+
+#include <QEventLoop>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace bench {
+
+namespace {
+
+constexpr int kPollTick = 5; // ms; a getter may change without a signal.
+
+// Whether the signals before the step may still be expected after it.
+bool onlyLooks(const Action &action)
+{
+    return std::holds_alternative<steps::Say>(action) ||
+           std::holds_alternative<steps::Wait>(action) ||
+           std::holds_alternative<steps::Expect>(action) ||
+           std::holds_alternative<steps::ExpectSignal>(action);
+}
+
+} // namespace
+
+Runner::Runner(const Stage &stage, double speed, QObject *parent)
+    : QObject(parent)
+    , mStage(stage)
+    , mSpeed(speed)
+{
+    mPoll.setInterval(kPollTick);
+    connect(&mPoll, &QTimer::timeout, this, &Runner::look);
+    if (mStage.host)
+        connect(mStage.host, &Session::happened, this, [this](const Event &event) {
+            mSignals.append({event.name, event.arguments});
+        });
+}
+
+void Runner::run(const QVector<Step> &steps)
+{
+    mSteps = steps;
+    mNext = 0;
+    mRunning = true;
+    mPending.reset();
+    mPoll.start(0); // The first step is done from the event loop, too.
+}
+
+Runner::Result Runner::play(const QVector<Step> &steps)
+{
+    QEventLoop loop;
+    connect(this, &Runner::finished, &loop, &QEventLoop::quit);
+    run(steps);
+    loop.exec();
+    return mResult;
+}
+
+void Runner::abort()
+{
+    if (mRunning)
+        finish(Aborted);
+}
+
+void Runner::finish(Result result)
+{
+    mRunning = false;
+    mPoll.stop();
+    mPending.reset();
+    mResult = result;
+    emit finished(result);
+}
+
+// Does what can be done without waiting.
+void Runner::advance()
+{
+    while (mRunning && !mPending) {
+        if (mNext == mSteps.size())
+            return finish(Passed);
+        const Step step = mSteps.at(mNext++);
+        // Several settings of one line are one step.
+        if (!onlyLooks(step.action)) {
+            if (step.line != mLine || step.line == 0)
+                mSignals.clear();
+            mUnsettled = true;
+        }
+        mLine = step.line;
+        const int metBefore = mMet;
+        const bool goOn = std::visit([this](const auto &kind) { return act(kind); }, step.action);
+        if (!mRunning)
+            return;
+        if (!goOn)
+            return finish(std::holds_alternative<steps::Box>(step.action) ? Broken : Unmet);
+        if (mMet > metBefore)
+            emit met(step);
+    }
+}
+
+void Runner::look()
+{
+    mPoll.setInterval(kPollTick);
+    if (mPending) {
+        if (mPending->tick)
+            mPending->tick();
+        const bool isMet = mPending->until && mPending->until();
+        if (!isMet && now() < mPending->deadline)
+            return;
+        // What comes after may wait for something else.
+        const Pending pending = *std::exchange(mPending, std::nullopt);
+        const int metBefore = mMet;
+        if (pending.after && !pending.after(isMet))
+            return finish(Unmet);
+        if (mMet > metBefore)
+            emit met(mSteps.at(mNext - 1));
+    }
+    advance();
+}
+
+// \returns true: the steps go on, later.
+bool Runner::wait(int milliseconds, std::function<bool()> until, std::function<bool(bool)> after,
+                  std::function<void()> tick)
+{
+    mPending = Pending{now() + milliseconds, std::move(until), std::move(tick), std::move(after)};
+    return true;
+}
+
+bool Runner::act(const steps::Say &step)
+{
+    emit said(step.text);
+    return true;
+}
+
+bool Runner::act(const steps::Start &)
+{
+    mStage.host->start();
+    return true;
+}
+
+bool Runner::act(const steps::Stop &)
+{
+    mStage.host->halt();
+    return wait(50); // The box hears of it.
+}
+
+bool Runner::act(const steps::Wait &step)
+{
+    return wait(step.real ? step.milliseconds : scaled(step.milliseconds));
+}
+
+bool Runner::act(const steps::Set &step)
+{
+    mStage.box->car().setRaw(step.id, step.raw);
+    return true;
+}
+
+bool Runner::act(const steps::Change &step)
+{
+    const Field &field = fieldOf(step.id);
+    const int raw = mStage.box->car().raw(step.id);
+    const bool isNumber = raw >= field.low && raw <= field.high;
+    // From a word, the way leads in from the other end; beyond an end, to the word.
+    int target = isNumber ? raw + step.by : step.by > 0 ? field.low : field.high;
+    if (target > field.high && isNumber && field.words.count > 0)
+        target = field.words[0].raw;
+    else
+        target = std::clamp(target, field.low, field.high);
+    mStage.box->car().setRaw(step.id, target);
+    return true;
+}
+
+bool Runner::act(const steps::Toggle &step)
+{
+    const Span<Word> words = fieldOf(step.id).words;
+    const int raw = mStage.box->car().raw(step.id);
+    int next = 0;
+    for (int i = 0; i < words.count; ++i)
+        if (words[i].raw == raw)
+            next = (i + 1) % words.count;
+    mStage.box->car().setRaw(step.id, words[next].raw);
+    return true;
+}
+
+bool Runner::act(const steps::Ramp &step)
+{
+    const int duration = std::max(1, scaled(step.milliseconds));
+    QVector<int> from;
+    for (const steps::Ramp::Lane &lane : step.lanes)
+        from += lane.from.value_or(mStage.box->car().raw(lane.id));
+    const qint64 begin = now();
+    return wait(duration, {}, {}, [this, step, from, begin, duration] {
+        const double share = std::min(1.0, static_cast<double>(now() - begin) / duration);
+        for (int i = 0; i < step.lanes.size(); ++i) {
+            const int way = step.lanes.at(i).to - from.at(i);
+            mStage.box->car().setRaw(step.lanes.at(i).id,
+                                     from.at(i) + static_cast<int>(std::lround(share * way)));
+        }
+    });
+}
+
+bool Runner::act(const steps::Press &step)
+{
+    mStage.box->car().pressKey(step.key);
+    return wait(step.milliseconds, {}, [this](bool) {
+        mStage.box->car().releaseKey();
+        return true;
+    });
+}
+
+bool Runner::act(const steps::Hold &step)
+{
+    mStage.box->car().pressKey(step.key);
+    return true;
+}
+
+bool Runner::act(const steps::Release &)
+{
+    mStage.box->car().releaseKey();
+    return true;
+}
+
+bool Runner::act(const steps::Call &step)
+{
+    step.operation(mStage.host->service());
+    return true;
+}
+
+bool Runner::act(steps::Box state)
+{
+    switch (state) {
+    case steps::Box::Silent:
+    case steps::Box::Speaking:
+        mStage.box->box().setSilent(state == steps::Box::Silent);
+        break;
+    case steps::Box::Unplugged:
+        mStage.box->unplug();
+        break;
+    case steps::Box::Plugged:
+        if (!mStage.box->plug()) {
+            mFailure = QStringLiteral("the box cannot be plugged in: %1")
+                           .arg(mStage.box->terminal().errorString());
+            return false;
+        }
+        break;
+    }
+    return true;
+}
+
+bool Runner::act(const steps::Frame &step)
+{
+    mStage.box->box().sendFrame(step.type, step.payload);
+    return true;
+}
+
+bool Runner::act(const steps::Bytes &step)
+{
+    mStage.box->box().sendRaw(step.bytes);
+    return true;
+}
+
+bool Runner::act(const steps::InjectFault &step)
+{
+    mStage.box->faults().inject(step.fault);
+    return true;
+}
+
+bool Runner::act(const steps::FaultRates &step)
+{
+    FaultPlan plan = mStage.box->faults().plan();
+    for (const auto &row : step.rates)
+        plan.rate(row.first) = row.second;
+    mStage.box->faults().setPlan(plan);
+    return true;
+}
+
+bool Runner::act(const steps::NoFaults &)
+{
+    mStage.box->faults().setPlan({});
+    return true;
+}
+
+int Runner::scaled(int milliseconds) const
+{
+    return static_cast<int>(
+        std::min<double>(milliseconds / mSpeed, std::numeric_limits<int>::max()));
+}
+
+} // namespace bench

@@ -1,0 +1,109 @@
+// Does steps, one after the other.
+#pragma once
+
+#include "bench/language/stage.h"
+#include "bench/language/steps.h"
+
+namespace bench {
+
+/// Runs on the event loop: several runners may act on one stage at a time.
+class Runner : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Unmet: an expectation was not met. Broken: the bench could not do a step.
+    enum Result { Passed, Unmet, Broken, Aborted };
+    Q_ENUM(Result)
+
+    /// \param speed divides the scenario's own times; more than 0.
+    Runner(const Stage &stage, double speed, QObject *parent = nullptr);
+
+    /// Begins with the steps; finished() comes from the event loop. The latest steps must have
+    /// finished.
+    void run(const QVector<Step> &steps);
+    /// The same, and runs the event loop meanwhile.
+    Result play(const QVector<Step> &steps);
+    /// Ends the steps soon.
+    void abort();
+
+    /// After Unmet, what was expected and what was there; after Broken, why.
+    QString failure() const { return mFailure; }
+    /// The same in parts: what was expected, and what was there.
+    QString expected() const { return mExpected; }
+    QString actual() const { return mActual; }
+    int line() const { return mLine; } ///< Of the latest step.
+    int expectationsMet() const { return mMet; }
+
+signals:
+    /// A `say` step.
+    void said(const QString &text);
+    void met(const bench::Step &step);
+    void finished(bench::Runner::Result result);
+
+private:
+    struct Signal
+    {
+        QString name;
+        QVector<Value> arguments;
+    };
+    /// What a step waits for. Without `until`, the time is all.
+    struct Pending
+    {
+        qint64 deadline = 0; ///< ms.
+        std::function<bool()> until;
+        std::function<void()> tick;          ///< Each time that it is looked at.
+        std::function<bool(bool met)> after; ///< \returns whether the steps go on.
+    };
+
+    // One for each kind of step. Each returns whether the steps go on.
+    bool act(const steps::Say &step);
+    bool act(const steps::Start &);
+    bool act(const steps::Stop &);
+    bool act(const steps::Wait &step);
+    bool act(const steps::Set &step);
+    bool act(const steps::Change &step);
+    bool act(const steps::Toggle &step);
+    bool act(const steps::Ramp &step);
+    bool act(const steps::Press &step);
+    bool act(const steps::Hold &step);
+    bool act(const steps::Release &);
+    bool act(const steps::Call &step);
+    bool act(steps::Box state);
+    bool act(const steps::Frame &step);
+    bool act(const steps::Bytes &step);
+    bool act(const steps::InjectFault &step);
+    bool act(const steps::FaultRates &step);
+    bool act(const steps::NoFaults &);
+    bool act(const steps::Expect &step);
+    bool act(const steps::ExpectSignal &step);
+
+    void advance();
+    void look();
+    void finish(Result result);
+    bool wait(int milliseconds, std::function<bool()> until = {},
+              std::function<bool(bool)> after = {}, std::function<void()> tick = {});
+    bool judge(const steps::Expect &step);
+    bool takeSignal(const SignalExpectation &expectation);
+    bool fail(const QString &expected, int within, const QString &actual);
+    int scaled(int milliseconds) const;
+    qint64 now() const { return mClock.milliseconds(); }
+
+    const Stage mStage;
+    const double mSpeed;
+    SteadyClock mClock;
+    QTimer mPoll;
+
+    QVector<Step> mSteps;
+    int mNext = 0;
+    std::optional<Pending> mPending;
+    bool mUnsettled = false;  ///< A step has acted, and its effect may be on its way.
+    QVector<Signal> mSignals; ///< Since the last step that acted, and not expected yet.
+    bool mRunning = false;
+    Result mResult = Passed;
+    int mLine = 0;
+    int mMet = 0;
+    QString mFailure, mExpected, mActual;
+};
+
+} // namespace bench

@@ -1,0 +1,73 @@
+// One line of a scenario, cut into words, and what is wrong with it.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+namespace bench {
+
+/// A place in a scenario, and what would be right there.
+struct Mistake
+{
+    int line;   ///< From 1.
+    int column; ///< From 1.
+    QString text;
+};
+
+/// A word, a quoted text, an operator, a comma or a parenthesis.
+struct Token
+{
+    QString text;
+    int column;    ///< From 1.
+    int endColumn; ///< Of what follows it.
+    bool quoted;
+};
+
+/// Cuts a line: blanks separate, a `#` outside quotes begins a comment, `\"` and `\\` are the
+/// escapes inside quotes. \returns the tokens up to a mistake, which is left in \p mistake with its
+/// column and text; its text is empty when there is none.
+QVector<Token> cutLine(const QString &line, Mistake *mistake);
+
+/// Takes the tokens of a line one after the other. The first mistake stands; after it every take
+/// fails.
+class LineReader
+{
+public:
+    /// \param tokens at least one.
+    LineReader(const QVector<Token> &tokens, int line);
+
+    bool atEnd() const { return mNext == mTokens.size(); }
+    /// The next token is this word, unquoted: takes it.
+    bool accept(const char *word);
+    bool peek(const char *word) const;
+    /// The token after the next one is this word, unquoted.
+    bool follows(const char *word) const;
+
+    // Each says what it wants when it finds something else.
+    bool expect(const char *word);
+    bool text(const char *what, QString *result);       ///< Any word or quoted text.
+    bool comparison(const char *what, QString *result); ///< A word of `=`, `!`, `<` and `>`.
+    bool time(int *milliseconds);                       ///< 200ms, 1.5s or 2min; up to an hour.
+    bool number(const char *what, int low, int high, int *result); ///< Decimal, or 0x and hex.
+    bool share(const char *what, double *result);                  ///< 0 to 1, or 0% to 100%.
+    bool bytes(const char *what, QByteArray *result);              ///< To the end of the line.
+    bool end();                                                    ///< Nothing more on the line.
+
+    /// Where the token taken last begins.
+    int column() const;
+    /// A mistake there.
+    bool fail(const QString &problem);
+    bool failed() const { return !mMistake.text.isEmpty(); }
+    const Mistake &mistake() const { return mMistake; }
+
+private:
+    bool failAt(int column, const QString &problem);
+    bool wants(const QString &what);
+
+    const QVector<Token> mTokens;
+    int mNext = 0;
+    Mistake mMistake;
+};
+
+} // namespace bench

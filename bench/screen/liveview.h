@@ -1,0 +1,46 @@
+// `canbench run` on a terminal: the state as a steady picture, the latest events below it, and keys
+// that act on the car, the box and the host.
+#pragma once
+
+#include "bench/headunit/session.h"
+#include "bench/screen/terminal.h"
+
+#include <QTimer>
+
+namespace bench {
+
+class LiveView : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Takes the terminal over until it is destroyed.
+    explicit LiveView(Session *session, QObject *parent = nullptr);
+    ~LiveView() override;
+
+    void show(const Event &event);
+    /// A line among the events.
+    void note(const QString &text);
+
+signals:
+    void quit();
+    /// A key that stands for steps.
+    void acted(const QString &steps);
+
+private:
+    void onKey(char key);
+    void drawSoon();
+    void draw();
+    QString linkText() const;
+    QVector<ScreenLine> stateLines() const;
+
+    Session *const mSession;
+    QtMessageHandler mMessages;
+    Terminal mTerminal;
+    QTimer mDrawTmr;
+    QStringList mEvents; ///< The latest last.
+    QString mKey = QStringLiteral("none");
+    bool mShowHelp = false;
+};
+
+} // namespace bench

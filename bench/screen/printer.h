@@ -1,0 +1,65 @@
+// Events, frames and summaries on standard output: lines for a person, JSON or CSV for a program.
+#pragma once
+
+#include "bench/headunit/session.h"
+#include "bench/screen/jsonline.h"
+
+namespace bench {
+
+/// The climate in one line: `on, 21.5 °C | 22 °C, fan 3, mode 1, auto`.
+QString climateLine(const StateWatch &state);
+/// An event in one line: the time, its name, and what it means or what changed with it.
+QString eventLine(const Event &event, const StateWatch &state);
+
+class Printer
+{
+public:
+    enum Format { Text, Json, Csv };
+
+    /// CSV begins with its head line, when the first row is written.
+    explicit Printer(Format format)
+        : mFormat(format)
+    {
+    }
+
+    Format format() const { return mFormat; }
+    /// Leaves out link codes that only repeat the one before.
+    void setTerse(bool on) { mTerse = on; }
+    /// The moment from which seconds count, in microseconds since 1970.
+    void setOrigin(qint64 microseconds) { mOrigin = microseconds; }
+
+    /// \p state is the state after the event.
+    void print(const Event &event, const StateWatch &state);
+    /// Something on the line.
+    void print(bool fromBox, const LineItem &item, double seconds);
+    /// A heading between events.
+    void heading(const QString &text, double seconds);
+    /// An outcome: text for a person, and its members for a program.
+    void outcome(const QString &text, const QVector<QPair<const char *, Value>> &members);
+    void print(const Summary &summary, double seconds);
+    /// Further counts under a name.
+    void print(const char *name, const QVector<QPair<QString, qint64>> &counts);
+
+private:
+    bool isRepetition(const Event &event);
+    void printJson(const Event &event);
+    void printCsv(const Event &event);
+    void printText(bool fromBox, const LineItem &item, double seconds);
+    void printJson(bool fromBox, const LineItem &item, double seconds);
+    void row(double seconds, const char *source, const char *kind, const QString &name,
+             const QString &value, const QString &unit = {});
+    void printText(const Summary &summary, double seconds);
+    void printFrames(const char *what, const LineCounts &counts, QString (*nameOf)(quint8));
+    void printCount(int indent, const QString &what, qint64 count);
+    void printJson(const Summary &summary, double seconds);
+    JsonLine &beginJson(double seconds);
+
+    const Format mFormat;
+    bool mTerse = false;
+    bool mHasHead = false;
+    int mLinkCode = -1;
+    qint64 mOrigin = 0;
+    JsonLine mJson;
+};
+
+} // namespace bench

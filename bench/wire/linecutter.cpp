@@ -1,0 +1,149 @@
+#include "bench/wire/linecutter.h"
+
+#include <numeric>
+
+namespace bench {
+
+namespace {
+
+constexpr qint64 kFrameTimeout = 500'000; // us
+
+} // namespace
+
+qint64 LineCounts::frameTotal() const
+{
+    return std::accumulate(frames.cbegin(), frames.cend(), qint64(0));
+}
+
+LineCutter::LineCutter(Listener listener, QObject *parent)
+    : QObject(parent)
+    , mListener(listener)
+{
+    mOpen.reserve(canbox::kMaxPayload + 4);
+}
+
+void LineCutter::feed(const QByteArray &bytes, qint64 time)
+{
+    take(bytes, time);
+    cutAll();
+}
+
+void LineCutter::take(const QByteArray &bytes, qint64 time)
+{
+    const bool isLate =
+        mListener == Host ? mGiveUpAt >= 0 && time >= mGiveUpAt : time - mLastByte > kFrameTimeout;
+    if (isLate)
+        giveUp();
+    if (mListener == Host && isFrameOpen() && mGiveUpAt < 0)
+        mGiveUpAt = time + kFrameTimeout;
+    mLastByte = time;
+    mChunk = mNext == mChunk.size() ? bytes : mChunk.mid(mNext) + bytes;
+    mNext = 0;
+}
+
+void LineCutter::cutFrame()
+{
+    while (mNext < mChunk.size() && !cutByte()) {
+    }
+}
+
+void LineCutter::cutAll()
+{
+    while (mNext < mChunk.size())
+        cutByte();
+    flushNoise();
+}
+
+void LineCutter::finish()
+{
+    cutAll();
+    giveUp();
+}
+
+void LineCutter::reset()
+{
+    mGiveUpAt = -1;
+    mOpen.resize(0);
+}
+
+// \returns whether the byte has ended a frame.
+bool LineCutter::cutByte()
+{
+    const quint8 byte = canbox::byteAt(mChunk, mNext++);
+    if (!isFrameOpen()) {
+        cutBetweenFrames(byte);
+        return false;
+    }
+    mOpen.append(static_cast<char>(byte));
+    if (!endsFrame())
+        return false;
+    endFrame();
+    return true;
+}
+
+void LineCutter::cutBetweenFrames(quint8 byte)
+{
+    const bool isGood = byte == canbox::kReceiptGood;
+    if (byte == canbox::kHead) {
+        flushNoise();
+        mOpen.append(static_cast<char>(byte));
+    } else if (mListener == Box && (isGood || byte == canbox::kReceiptBad)) {
+        flushNoise();
+        ++(isGood ? mCounts.goodReceipts : mCounts.badReceipts);
+        emit item({isGood ? LineItem::GoodReceipt : LineItem::BadReceipt, 0,
+                   QByteArray(1, static_cast<char>(byte))});
+    } else {
+        ++mCounts.noiseBytes;
+        mNoise.append(static_cast<char>(byte));
+    }
+}
+
+bool LineCutter::endsFrame() const
+{
+    constexpr int kLength = 2; // Where the length byte is.
+    if (mOpen.size() <= kLength)
+        return false;
+    const int length = canbox::byteAt(mOpen, kLength);
+    return mOpen.size() == length + 4 && (length > 0 || mListener == Box);
+}
+
+void LineCutter::endFrame()
+{
+    const int size = mOpen.size();
+    const quint8 dataType = canbox::byteAt(mOpen, 1);
+    const quint8 received = canbox::byteAt(mOpen, size - 1);
+    const quint8 expected = canbox::checkSum(canbox::bytesOf(mOpen) + 1, size - 2);
+    const QByteArray payload = mOpen.mid(3, size - 4);
+    // Closed before anybody hears of it: a listener may cause the next bytes.
+    mOpen.resize(0);
+    if (received == expected) {
+        mGiveUpAt = -1;
+        ++mCounts.frames[dataType];
+        emit item({LineItem::Frame, dataType, payload});
+    } else {
+        ++mCounts.badChecksums;
+        emit item({LineItem::BadChecksum, dataType, payload, received, expected});
+    }
+}
+
+void LineCutter::flushNoise()
+{
+    if (mNoise.isEmpty())
+        return;
+    QByteArray noise;
+    noise.swap(mNoise);
+    emit item({LineItem::Noise, 0, noise});
+}
+
+void LineCutter::giveUp()
+{
+    mGiveUpAt = -1;
+    if (!isFrameOpen())
+        return;
+    const QByteArray open = mOpen;
+    reset();
+    mOpen.reserve(canbox::kMaxPayload + 4);
+    emit item({LineItem::Incomplete, canbox::byteAt(open, qMin(1, open.size() - 1)), open});
+}
+
+} // namespace bench

@@ -1,0 +1,165 @@
+#include "bench/wire/reports.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iterator>
+
+namespace bench {
+
+namespace {
+
+// Ascending, for binary search.
+constexpr int kTwoCodeModels[] = {1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 68,
+                                  69, 76, 79, 82, 86, 92, 97, 98, 111, 112, 119};
+
+constexpr std::array<Place, kValueCount> kPlaces = [] {
+    std::array<Place, kValueCount> places{};
+    for (int index = 0; index < kValueCount; ++index)
+        places[static_cast<std::size_t>(index)] = placeOf(ValueId{index});
+    return places;
+}();
+
+const Place &place(ValueId id) { return kPlaces[static_cast<std::size_t>(id)]; }
+
+const Word *wordOf(const Field &field, int raw)
+{
+    const Word *word = std::find_if(field.words.begin(), field.words.end(),
+                                    [raw](const Word &row) { return row.raw == raw; });
+    return word == field.words.end() ? nullptr : word;
+}
+
+bool isSwitch(const Field &field) { return field.words.count == 2 && field.high < 0; }
+
+template <typename Rows>
+QString nameIn(const Rows &rows, quint8 dataType)
+{
+    for (const auto &row : rows)
+        if (static_cast<quint8>(row.type) == dataType)
+            return QLatin1String(row.name);
+    return QStringLiteral("unknown");
+}
+
+} // namespace
+
+std::optional<ValueId> findValue(const QString &name)
+{
+    for (int index = 0; index < kValueCount; ++index)
+        if (name == QLatin1String(fieldOf(ValueId{index}).name))
+            return ValueId{index};
+    return std::nullopt;
+}
+
+const Field &fieldOf(ValueId id) { return *place(id).field; }
+
+const Report &reportOf(ValueId id) { return *place(id).report; }
+
+bool isReport(Inbound type, int size)
+{
+    const Report *report = findReport(type);
+    return report && (report->size == size || report->size == kAnySize);
+}
+
+QString inboundName(quint8 dataType) { return nameIn(kReports, dataType); }
+
+QString outboundName(quint8 dataType) { return nameIn(kCommands, dataType); }
+
+QString hexByte(quint8 byte)
+{
+    return QStringLiteral("0x%1").arg(QString::number(byte, 16).toUpper(), 2, QLatin1Char('0'));
+}
+
+std::optional<int> rawIn(const Field &field, const QByteArray &payload, bool twoCodes)
+{
+    if (field.selector >= 0 && canbox::byteAt(payload, 0) != field.selector)
+        return std::nullopt;
+    if (twoCodes && field.pair[0] >= 0)
+        return std::min(canbox::byteAt(payload, field.pair[0]),
+                        canbox::byteAt(payload, field.pair[1]));
+    int raw = 0;
+    for (int k = 0; k <= (field.bits - 1) / 8; ++k)
+        raw = raw << 8 | canbox::byteAt(payload, field.byte + k);
+    return raw >> field.shift & field.mask();
+}
+
+void pack(const Field &field, int raw, bool twoCodes, QByteArray *payload)
+{
+    const auto add = [payload](int byte, int bits) {
+        (*payload)[byte] = static_cast<char>(canbox::byteAt(*payload, byte) | bits);
+    };
+    if (field.selector >= 0)
+        (*payload)[0] = static_cast<char>(field.selector);
+    if (twoCodes && field.pair[0] >= 0) {
+        for (const int byte : field.pair)
+            add(byte, raw);
+        return;
+    }
+    const int last = (field.bits - 1) / 8;
+    for (int k = 0; k <= last; ++k)
+        add(field.byte + k, (raw >> 8 * (last - k) & 0xFF) << field.shift);
+}
+
+QString numberText(double value) { return QString::number(std::round(value * 100) / 100, 'g', 10); }
+
+QString valueText(const Field &field, int raw)
+{
+    if (const Word *word = wordOf(field, raw))
+        return QLatin1String(word->text);
+    const QString text = numberText(field.value(raw));
+    return *field.unit ? text + QLatin1Char(' ') + QString::fromUtf8(field.unit) : text;
+}
+
+QString valueRange(const Field &field)
+{
+    QStringList parts;
+    if (field.low <= field.high)
+        parts += QStringLiteral("%1 to %2 %3")
+                     .arg(numberText(field.value(field.low)), numberText(field.value(field.high)),
+                          QString::fromUtf8(field.unit))
+                     .trimmed();
+    for (const Word &word : field.words)
+        parts += QLatin1String(word.text);
+    return parts.join(QLatin1String(", "));
+}
+
+bool parseValue(const Field &field, const QString &text, int *raw, QString *error)
+{
+    for (const Word &word : field.words)
+        if (text.compare(QLatin1String(word.text), Qt::CaseInsensitive) == 0) {
+            *raw = word.raw;
+            return true;
+        }
+    // A switch is on as its second word says, or its first if that is the word "on".
+    if (isSwitch(field)) {
+        const bool isInverted = isSameText(field.words[0].text, "on");
+        for (const char *word : {"on", "true", "1"})
+            if (text == QLatin1String(word)) {
+                *raw = isInverted ? 0 : 1;
+                return true;
+            }
+        for (const char *word : {"off", "false", "0"})
+            if (text == QLatin1String(word)) {
+                *raw = isInverted ? 1 : 0;
+                return true;
+            }
+    }
+    bool isNumber = false;
+    const double value = text.toDouble(&isNumber);
+    const double step = std::round((value - field.offset) / field.scale);
+    if (isNumber && step >= field.low && step <= field.high) {
+        *raw = static_cast<int>(step);
+        return true;
+    }
+    *error = QStringLiteral("%1 cannot be '%2'; possible: %3")
+                 .arg(QLatin1String(field.name), text, valueRange(field));
+    return false;
+}
+
+bool hasTwoCodesPerSensor(int carModelId)
+{
+    return std::binary_search(std::begin(kTwoCodeModels), std::end(kTwoCodeModels), carModelId);
+}
+
+} // namespace bench
