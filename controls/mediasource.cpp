@@ -69,6 +69,7 @@ QByteArray textFrame(TextLine line, const QByteArray &text)
 
 void SimpleService::onRadioSourceInformation(QString source, QStringList info, int type)
 {
+    CHECK_THREAD();
     LOG_DEBUG() << "ttttttttttttttt" << source << info << type;
     sendRadioStatus(source, info, type);
     sendSourceStatus(source, info, type);
