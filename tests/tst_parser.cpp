@@ -144,7 +144,8 @@ private slots:
     {
         ServiceTest test;
         for (const int type : {-1, 0x121, INT_MIN + 0x21})
-            QCOMPARE(test.dispatch(type, QByteArray(10, '\1')), "");
+            for (const int size : {2, 10}) // Which the first and most handlers would take.
+                QCOMPARE(test.dispatch(type, QByteArray(size, '\1')), "");
     }
 };
 
