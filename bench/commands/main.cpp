@@ -14,6 +14,7 @@ constexpr bench::Subcommand kCommands[] = {
     {"decode", "show what a trace holds and what the plug-in makes of it", bench::decodeCommand},
     {"box", "be the box and its car on a pseudo terminal or a device, for any host",
      bench::boxCommand},
+    {"diff", "tell what the hosts of two traces saw differently", bench::diffCommand},
     {"replay", "send a trace to the plug-in or to a device, in its own time", bench::replayCommand},
     {"export", "write a trace for the CAN tools or for a packet analyser", bench::exportCommand},
     {"tour", "a guided run of 15 s through what the plug-in does", bench::tourCommand},

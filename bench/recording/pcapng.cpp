@@ -9,12 +9,13 @@ namespace bench {
 namespace {
 
 enum Block : quint32 { SectionHeader = 0x0A0D0D0A, Interface = 1, EnhancedPacket = 6 };
-enum Option : quint16 { EndOfOptions = 0, Name = 2, Flags = 2, TimeResolution = 9 };
+enum Option : quint16 { EndOfOptions = 0, Comment = 1, Name = 2, Flags = 2, TimeResolution = 9 };
 constexpr quint32 kByteOrder = 0x1A2B3C4D;
 constexpr quint16 kUser0 = 147;
 constexpr quint32 kDirections = 3, kOutbound = 2;
 constexpr int kLargestBlock = 1024 * 1024;
-constexpr int kBlockFrame = 12; // Type, length, and the length again.
+constexpr int kSectionFixed = 16; // Byte order, version, size of the section.
+constexpr int kBlockFrame = 12;   // Type, length, and the length again.
 constexpr char kMicroseconds = 6;
 constexpr qint64 kLatest = 1'000'000'000'000LL * 1'000'000; // As of a text recording.
 
@@ -58,9 +59,10 @@ bool PcapngReader::next(QIODevice &file, TraceLine *line, QString *problem)
         else if (!isWhole || rest.size() != static_cast<int>(length) - 8 ||
                  numberAt<quint32>(rest, rest.size() - 4) != length)
             *problem = QStringLiteral("the file is damaged, or ends in this block");
-        else if (type == SectionHeader)
+        else if (type == SectionHeader) {
             mPorts.clear();
-        else if (type == Interface)
+            mComment = optionIn(rest.chopped(4), kSectionFixed, Comment);
+        } else if (type == Interface)
             *problem = takeInterface(rest.chopped(4));
         else if (type == EnhancedPacket)
             *problem = takePacket(rest.chopped(4), line);

@@ -18,6 +18,8 @@ class PcapngReader
 public:
     /// \returns false at the end, and when \p problem is set.
     bool next(QIODevice &file, TraceLine *line, QString *problem);
+    /// Of the latest section.
+    const QByteArray &comment() const { return mComment; }
     /// The file is read from its beginning again.
     void restart() { mPorts.clear(); }
 
@@ -26,6 +28,7 @@ private:
     QString takePacket(const QByteArray &body, TraceLine *line) const;
 
     QVector<QByteArray> mPorts; ///< By number of the interface.
+    QByteArray mComment;
 };
 
 } // namespace bench

@@ -255,7 +255,9 @@ bool TraceReader::readPacket(TraceLine *line)
 {
     QString problem;
     ++mNumber;
-    if (mPackets->next(mFile, line, &problem))
+    const bool isThere = mPackets->next(mFile, line, &problem);
+    readComment(mPackets->comment());
+    if (isThere)
         return isInOrder(*line);
     return problem.isEmpty() ? false : fail(problem);
 }
