@@ -72,6 +72,9 @@ QString &theDefaultDevice()
 
 } // namespace
 
+// What a host's own port may take, as the README tells it.
+static_assert(sizeof(SerialPort) == (sizeof(void *) == 8 ? 256 : 136));
+
 SerialMonitor *SerialMonitor::instance()
 {
     static SerialMonitor monitor;

@@ -27,12 +27,12 @@ constexpr bool errorEnabled() { return false; }
 inline bool debugEnabled()
 {
     const QLoggingCategory *category = QLoggingCategory::defaultCategory();
-    return category && category->isDebugEnabled();
+    return category != nullptr && category->isDebugEnabled();
 }
 inline bool errorEnabled()
 {
     const QLoggingCategory *category = QLoggingCategory::defaultCategory();
-    return category && category->isCriticalEnabled();
+    return category != nullptr && category->isCriticalEnabled();
 }
 #endif
 

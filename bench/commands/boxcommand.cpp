@@ -1,6 +1,7 @@
 // The virtual box and car alone.
 #include "bench/box/devicelink.h"
 #include "bench/box/pseudoterminal.h"
+#include "bench/commands/controlchannel.h"
 #include "bench/commands/scenariofile.h"
 #include "bench/commands/sessionrun.h"
 #include "bench/language/parser.h"
@@ -25,6 +26,7 @@ struct BoxOptions
     double speed = 1;
     double duration = 0; ///< Seconds; 0 for no end.
     quint32 seed = 1;
+    QString control;
     QString trace;
     bool force = false;
     Printer::Format format = Printer::Text;
@@ -42,6 +44,7 @@ void addOptions(CommandLine *line)
          "Play the scenario FILE, of steps and expectations of box and car, and end with it.",
          "FILE"},
         {"speed", "Play its waits and ramps X times as fast, 0.001 to 1000 (default 1).", "X"},
+        {"control", kControlHelp, "PATH"},
         {"faults",
          "Faults on the line to the host: KIND[=RATE],... with RATE a probability per frame "
          "(default 0.02), or 'all'. A wrong kind lists them.",
@@ -62,12 +65,13 @@ std::optional<int> readOptions(CommandLine &line, BoxOptions *options)
     options->seed = static_cast<quint32>(line.number("seed", 1, 0, 0x7FFFFFFF));
     if (line.isWrong())
         return WrongUsage;
-    for (const char *option : {"device", "link", "scenario", "trace"})
+    for (const char *option : {"device", "link", "scenario", "control", "trace"})
         if (line.isSet(option) && line.value(option).isEmpty())
             return line.complain(QStringLiteral("--%1 needs a name").arg(option));
     options->device = line.value("device");
     options->link = line.value("link");
     options->file = line.value("scenario");
+    options->control = line.value("control");
     options->trace = line.value("trace");
     options->force = line.isSet("force");
     options->format = line.isSet("json") ? Printer::Json : Printer::Text;
@@ -110,12 +114,15 @@ public:
     explicit BoxRun(const BoxOptions &options)
         : mOptions(options)
         , mEnd(mClock, options.seed)
-        , mPrinter(options.format)
+        , mChannel(Stage(nullptr, &mEnd))
+        , mPrinter(printerFor(options.control, options.format))
+        , mEventPrinter(Printer::Json, [this](const QByteArray &json) { mChannel.publish(json); })
     {
-        mPrinter.setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 - mClock.microseconds());
+        for (Printer *printer : {&mPrinter, &mEventPrinter})
+            printer->setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 - mClock.microseconds());
         mEnd.car().setTwoCodesPerSensor(hasTwoCodesPerSensor(options.scenario.carModel));
         QObject::connect(&mSignals, &UnixSignals::caught,
-                         [](int number) { QCoreApplication::exit(SignalBase + number); });
+                         [this](int number) { end(SignalBase + number); });
     }
 
     int run();
@@ -123,6 +130,8 @@ public:
 private:
     QString open(int *code);
     void announce();
+    void end(int code);
+    int exec();
     int playScenario();
     void printSummary();
     double seconds() const { return static_cast<double>(mClock.nanoseconds()) / 1e9; }
@@ -132,11 +141,12 @@ private:
     UnixSignals mSignals;
     BoxEnd mEnd;
     DeviceLink mLink;
+    ControlChannel mChannel;
     Printer mPrinter;
+    Printer mEventPrinter; ///< For the clients of the channel.
     TraceRecorder mRecorder;
     std::unique_ptr<BoxWatch> mWatch;
-    LineCounts mSent;
-    QMap<QString, int> mEvents;
+    std::optional<int> mCode; ///< Once it is to end.
 };
 
 QString BoxRun::open(int *code)
@@ -160,8 +170,13 @@ QString BoxRun::open(int *code)
     *code = WrongUsage;
     if (!mOptions.link.isEmpty())
         problem = mLink.create(mOptions.link, mEnd.terminal().path());
+    if (problem.isEmpty() && !mOptions.control.isEmpty())
+        problem = mChannel.open(mOptions.control);
     if (!problem.isEmpty())
         return problem;
+    QObject::connect(&mChannel, &ControlChannel::ended, [this] { end(Done); });
+    QObject::connect(&mChannel, &ControlChannel::said,
+                     [this](const QString &text) { mPrinter.heading(text, seconds()); });
 
     // Recorded before anything comes of it.
     QObject::connect(&mEnd.box(), &VirtualBox::transmit, &mRecorder,
@@ -169,8 +184,11 @@ QString BoxRun::open(int *code)
     QObject::connect(&mEnd.terminal(), &SerialLine::received, &mRecorder,
                      [this](const QByteArray &bytes) { mRecorder.record(false, bytes); });
     mWatch = std::make_unique<BoxWatch>(&mEnd, mClock);
-    QObject::connect(mWatch.get(), &BoxWatch::happened,
-                     [this](const BoxEvent &event) { print(event, mPrinter); });
+    QObject::connect(mWatch.get(), &BoxWatch::happened, [this](const BoxEvent &event) {
+        print(event, mPrinter);
+        if (mChannel.hasListeners())
+            print(event, mEventPrinter);
+    });
     return {};
 }
 
@@ -180,9 +198,18 @@ void BoxRun::announce()
     QString device = mOptions.device;
     if (const auto *terminal = qobject_cast<PseudoTerminal *>(&mEnd.terminal()))
         device = terminal->device();
-    mPrinter.outcome(QStringLiteral("box at ") + device, {{"box", device}});
+    Printer(mOptions.format).outcome(QStringLiteral("box at ") + device, {{"box", device}});
     standardOutput().flush();
 }
+
+// Whoever ends it may be earlier than the event loop.
+void BoxRun::end(int code)
+{
+    mCode = mCode.value_or(code);
+    QCoreApplication::exit(*mCode);
+}
+
+int BoxRun::exec() { return mCode ? *mCode : QCoreApplication::exec(); }
 
 int BoxRun::playScenario()
 {
@@ -190,12 +217,10 @@ int BoxRun::playScenario()
     QObject::connect(&runner, &Runner::said,
                      [this](const QString &text) { mPrinter.heading(text, seconds()); });
     QObject::connect(&runner, &Runner::finished, [&](Runner::Result result) {
-        QCoreApplication::exit(result == Runner::Passed  ? Done
-                               : result == Runner::Unmet ? ExpectationFailed
-                                                         : Failed);
+        end(result == Runner::Passed ? Done : result == Runner::Unmet ? ExpectationFailed : Failed);
     });
     runner.run(mOptions.scenario.steps);
-    const int code = QCoreApplication::exec();
+    const int code = exec();
     if (code == ExpectationFailed || code == Failed)
         standardError().line(QStringLiteral("%1:%2: %3")
                                  .arg(mOptions.file)
@@ -225,9 +250,8 @@ int BoxRun::run()
     announce();
     Runner(Stage(nullptr, &mEnd), 1).play(mOptions.faults.steps);
     if (mOptions.duration > 0)
-        QTimer::singleShot(static_cast<int>(mOptions.duration * 1000),
-                           [] { QCoreApplication::exit(Done); });
-    code = mOptions.file.isEmpty() ? QCoreApplication::exec() : playScenario();
+        QTimer::singleShot(static_cast<int>(mOptions.duration * 1000), [this] { end(Done); });
+    code = mOptions.file.isEmpty() ? exec() : playScenario();
     printSummary();
     if (!mRecorder.problem().isEmpty() && code == Done)
         return fail(mRecorder.problem());

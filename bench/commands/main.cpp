@@ -15,6 +15,8 @@ constexpr bench::Subcommand kCommands[] = {
     {"box", "be the box and its car on a pseudo terminal or a device, for any host",
      bench::boxCommand},
     {"diff", "tell what the hosts of two traces saw differently", bench::diffCommand},
+    {"send", "send steps to a 'run', 'box' or 'tap' that has a --control channel",
+     bench::sendCommand},
     {"replay", "send a trace to the plug-in or to a device, in its own time", bench::replayCommand},
     {"export", "write a trace for the CAN tools or for a packet analyser", bench::exportCommand},
     {"tour", "a guided run of 15 s through what the plug-in does", bench::tourCommand},

@@ -1,9 +1,23 @@
 #include "bench/commands/performance.h"
 
 #include "bench/language/runner.h"
+#include "bench/recording/pagerecorder.h"
 #include "bench/screen/output.h"
 
 namespace bench {
+
+namespace {
+
+QString startReport(PageRecorder *page, const QString &name, const RunOptions &options)
+{
+    QStringList others{pluginFile(options.session)};
+    others += options.inputs;
+    if (!options.trace.isEmpty())
+        others += options.trace;
+    return page->start({options.report, others, options.force}, name);
+}
+
+} // namespace
 
 int perform(const Scenario &scenario, const QString &name, double speed, RunOptions options)
 {
@@ -19,15 +33,31 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                      [&](const QString &text) { run.printer().heading(text, session.seconds()); });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught, [&runner] { runner.abort(); });
 
-    const QString problem = run.open();
+    std::unique_ptr<PageRecorder> page;
+    QString problem;
+    if (!options.report.isEmpty()) {
+        page = std::make_unique<PageRecorder>(&session);
+        problem = startReport(page.get(), name, options);
+        QObject::connect(&runner, &Runner::said, page.get(), &PageRecorder::say);
+    }
+    if (problem.isEmpty())
+        problem = run.open();
     if (!problem.isEmpty())
         return fail(problem);
     const Runner::Result result = runner.play(scenario.steps);
+    if (page && result == Runner::Unmet)
+        page->unmet(QStringLiteral("line %1: %2").arg(runner.line()).arg(runner.failure()));
+    int code = run.finish(result == Runner::Aborted  ? SignalBase + run.unixSignals().latest()
+                          : result == Runner::Passed ? int(Done)
+                          : result == Runner::Unmet  ? int(ExpectationFailed)
+                                                     : int(Failed));
+    problem = page ? page->finish() : QString();
+    if (!problem.isEmpty()) {
+        fail(problem);
+        code = code == Done ? int(Failed) : code;
+    }
     if (result == Runner::Aborted)
-        return run.finish(SignalBase + run.unixSignals().latest());
-    const int code = run.finish(result == Runner::Passed  ? Done
-                                : result == Runner::Unmet ? ExpectationFailed
-                                                          : Failed);
+        return code;
     const QString file = runner.file().isEmpty() ? name : runner.file();
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
     QVector<QPair<const char *, Value>> members{

@@ -19,6 +19,7 @@ void addOptions(CommandLine *line)
          "Play waits and ramps X times as fast, 0.001 to 1000 (default 1). The times of presses "
          "and expectations stay: the service's timers do, too.",
          "X"},
+        {"report", "Write a page of plots of what happened to FILE.", "FILE"},
         {"check", "Only read the scenario and say what is wrong with it."},
         {"syntax", "List the forms of the steps."},
     });
@@ -50,6 +51,9 @@ int playCommand(const QStringList &arguments)
         return Done;
     }
     RunOptions options = readSessionOptions(&line);
+    if (line.isSet("report") && line.value("report").isEmpty())
+        line.complain("--report needs the name of a file");
+    options.report = line.value("report");
     const double speed = line.factor("speed", 1, 0.001, 1000);
     if (line.isWrong())
         return WrongUsage;

@@ -29,6 +29,7 @@ void addOptions(CommandLine *line)
          "per frame (default 0.02), or 'all'. A wrong kind lists them.",
          "KINDS"},
         {"list-values", "List the values of the embedded car, as 'canbench names' does."},
+        {"control", kControlHelp, "PATH"},
         {"plain", "A line per event on a terminal too, instead of the live view."},
     });
 }
@@ -75,9 +76,15 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
     Session &session = run.session();
     Runner given(Stage(session), 1);
     Runner keys(Stage(session), 1);
+    std::optional<int> ending; // Which may be earlier than the event loop.
+    const auto end = [&ending](int code) {
+        ending = ending.value_or(code);
+        QCoreApplication::exit(*ending);
+    };
 
     std::unique_ptr<LiveView> view;
-    const bool wantsLines = line.isSet("json") || line.isSet("plain") || line.isSet("log");
+    const bool wantsLines =
+        line.isSet("json") || line.isSet("plain") || line.isSet("log") || options.control == "-";
     if (Terminal::isAvailable() && !wantsLines)
         view = std::make_unique<LiveView>(&session);
     bool wasLinked = false;
@@ -92,7 +99,7 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
             given.run(steps.linked.steps);
     });
     if (view) {
-        QObject::connect(view.get(), &LiveView::quit, [] { QCoreApplication::exit(Done); });
+        QObject::connect(view.get(), &LiveView::quit, [end] { end(Done); });
         QObject::connect(view.get(), &LiveView::acted, [&](const QString &text) {
             Scenario scenario;
             ParseContext context{&scenario, session.isStarted(),
@@ -120,19 +127,32 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
                 keys.run(std::exchange(pressed, {}));
         });
     }
+    QObject::connect(&run.channel(), &ControlChannel::ended, [end] { end(Done); });
+    QObject::connect(&run.channel(), &ControlChannel::said, [&](const QString &text) {
+        if (view)
+            view->note(text);
+        else
+            run.printer().heading(text, session.seconds());
+    });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught,
-                     [](int number) { QCoreApplication::exit(SignalBase + number); });
+                     [end](int number) { end(SignalBase + number); });
     if (duration > 0)
-        QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
+        QTimer::singleShot(static_cast<int>(duration * 1000), [end] { end(Done); });
 
-    const QString problem = run.open();
+    QString problem = options.control.isEmpty() ? QString() : run.channel().open(options.control);
+    if (!problem.isEmpty()) {
+        view.reset();
+        fail(problem);
+        return WrongUsage;
+    }
+    problem = run.open();
     if (!problem.isEmpty()) {
         view.reset();
         return fail(problem);
     }
     given.play(steps.before.steps);
     session.start();
-    const int code = QCoreApplication::exec();
+    const int code = ending ? *ending : QCoreApplication::exec();
     view.reset();
     const bool wasOpen = session.summary().fromBox.frameTotal() > 0 || session.isDeviceOpen();
     const int result = run.finish(code);
@@ -165,6 +185,9 @@ int runCommand(const QStringList &arguments)
     OptionSteps steps;
     if (line.isWrong())
         return WrongUsage;
+    if (line.isSet("control") && line.value("control").isEmpty())
+        return line.complain("--control needs the name of a socket, or -");
+    options.control = line.value("control");
     if (line.isSet("device")) {
         if (options.session.device.isEmpty())
             return line.complain("--device needs the name of a device, such as /dev/ttyUSB0");

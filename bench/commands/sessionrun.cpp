@@ -18,7 +18,7 @@ void addSessionOptions(CommandLine *line)
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
         {"seed", "The same seed gives the same faults (default 1).", "N"},
         {"trace", "Record the serial line to the trace FILE.", "FILE"},
-        {"force", "Replace the trace FILE if it exists."},
+        {"force", "Replace FILE if it exists."},
         {"json", "One JSON object a line."},
         {"log", "Show the service's own log on standard error."},
     });
@@ -45,11 +45,18 @@ QString pluginFile(const SessionOptions &options)
 SessionRun::SessionRun(const RunOptions &options)
     : mOptions(options)
     , mSession(options.session)
-    , mPrinter(options.format)
+    , mChannel(Stage(mSession))
+    , mPrinter(printerFor(options.control, options.format))
+    , mEventPrinter(Printer::Json, [this](const QByteArray &json) { mChannel.publish(json); })
 {
     mPrinter.setTerse(options.terse);
-    mPrinter.setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 -
-                       mSession.clock().microseconds());
+    for (Printer *printer : {&mPrinter, &mEventPrinter})
+        printer->setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 -
+                           mSession.clock().microseconds());
+    QObject::connect(&mSession, &Session::happened, &mChannel, [this](const Event &event) {
+        if (mChannel.hasListeners())
+            mEventPrinter.print(event, mSession.state());
+    });
     if (mSession.boxEnd())
         mWitness = std::make_unique<Witness>(&mSession);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bench/commands/commandline.h"
+#include "bench/commands/controlchannel.h"
 #include "bench/headunit/witness.h"
 #include "bench/recording/tracerecorder.h"
 #include "bench/screen/printer.h"
@@ -14,8 +15,10 @@ struct RunOptions
     SessionOptions session;
     Printer::Format format = Printer::Text;
     bool terse = false;
+    QString control;    ///< Where other programs may act; empty for nowhere.
     QString trace;      ///< The recording to be made; empty for none.
-    bool force = false; ///< It may replace a file.
+    QString report;     ///< The page of plots to be made; empty for none.
+    bool force = false; ///< They may replace a file.
     QStringList inputs; ///< What the command reads, besides the plug-in.
 };
 
@@ -40,6 +43,7 @@ public:
 
     Session &session() { return mSession; }
     Printer &printer() { return mPrinter; }
+    ControlChannel &channel() { return mChannel; }
     UnixSignals &unixSignals() { return mSignals; }
 
 private:
@@ -48,7 +52,9 @@ private:
     const RunOptions mOptions;
     UnixSignals mSignals;
     Session mSession;
+    ControlChannel mChannel;
     Printer mPrinter;
+    Printer mEventPrinter; ///< For the clients of the channel.
     TraceRecorder mRecorder;
     std::unique_ptr<Witness> mWitness;
 };

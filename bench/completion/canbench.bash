@@ -36,8 +36,10 @@ _canbench()
     case "$command $before" in
     *" --plugin" | *" --output" | *" -o") _canbench_files so ;;
     *" --trace") _canbench_files trace ;;
+    *" --scenario") _canbench_files scenario ;;
+    *" --report" | *" --link" | *" --control" | "send "*) _canbench_files html ;;
     *" --device") COMPREPLY=($(compgen -f -- "${word:-/dev/tty}")) ;;
-    *" --format") COMPREPLY=($(compgen -W "candump pcapng" -- "$word")) ;;
+    *" --format") COMPREPLY=($(compgen -W "candump pcapng html" -- "$word")) ;;
     *" --set")
         compopt -o nospace
         _canbench_words "$program" names --of set

@@ -32,7 +32,8 @@ template <auto Operation>
 constexpr Reader get{ask<Operation>, typeOf(Operation)};
 
 template <auto Operation>
-constexpr Reader getNot{[](Look &look) { return Value(!(look.service.*Operation)()); }, kType<bool>};
+constexpr Reader getNot{[](Look &look) { return Value(!(look.service.*Operation)()); },
+                        kType<bool>};
 
 template <auto Operation>
 QString text(S &service)

@@ -91,14 +91,14 @@ bool readFrame(LineReader &line, ParseContext &context, bool absent)
     return readWithin(line, &step.within) && context.add(step);
 }
 
+} // namespace
+
 QString unknownGetter(const QString &name)
 {
     const QString meant = didYouMean(name, Observable::names());
     return QStringLiteral("there is no getter '%1'%2")
         .arg(name, meant.isEmpty() ? QStringLiteral("; 'canbench names' lists them") : meant);
 }
-
-} // namespace
 
 bool readExpect(LineReader &line, ParseContext &context)
 {

@@ -57,15 +57,20 @@ QString parseWords(const QStringList &words, ParseContext &context)
     return {};
 }
 
+bool readUtf8(const QByteArray &bytes, QString *text)
+{
+    QTextCodec::ConverterState state;
+    *text = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0 && !bytes.contains('\0');
+}
+
 void parseText(const QByteArray &text, ParseContext &context)
 {
     int number = 0;
     for (const QByteArray &bytes : text.split('\n')) {
         ++number;
-        QTextCodec::ConverterState state;
-        const QString line =
-            QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-        if (state.invalidChars > 0 || state.remainingChars > 0 || bytes.contains('\0')) {
+        QString line;
+        if (!readUtf8(bytes, &line)) {
             context.scenario->mistakes.append(
                 {number, 1, QStringLiteral("this line is not UTF-8 text"), fileOf(context)});
             break; // The rest of such a file is not worth a hundred mistakes.

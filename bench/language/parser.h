@@ -61,8 +61,13 @@ bool readRepeat(LineReader &line, ParseContext &context);
 bool readEnd(LineReader &line, ParseContext &context);
 bool readInclude(LineReader &line, ParseContext &context);
 
+/// Reads UTF-8 text. \returns whether it is such, without a NUL.
+bool readUtf8(const QByteArray &bytes, QString *text);
+
 /// What to say of a name that no value of the car has.
 QString unknownValue(const QString &name);
+/// The same for a getter.
+QString unknownGetter(const QString &name);
 
 /// The forms of the steps, a line each.
 QString scenarioSyntax();

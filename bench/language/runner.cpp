@@ -146,13 +146,15 @@ bool Runner::act(const steps::Say &step)
 
 bool Runner::act(const steps::Start &)
 {
-    mStage.host->start();
+    if (!mStage.host->isStarted()) // Somebody else may have been faster.
+        mStage.host->start();
     return true;
 }
 
 bool Runner::act(const steps::Stop &)
 {
-    mStage.host->halt();
+    if (mStage.host->isStarted())
+        mStage.host->halt();
     return wait(50); // The box hears of it.
 }
 

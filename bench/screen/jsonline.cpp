@@ -105,7 +105,7 @@ JsonLine &JsonLine::begin()
     return *this;
 }
 
-std::string_view JsonLine::end() { return mBytes += "}\n"; }
+const std::string &JsonLine::end() { return mBytes += "}\n"; }
 
 // A comma, unless this is the first in its object or array, or the value of a key. Texts end with
 // a quote, so that nothing of theirs is taken for a bracket.
@@ -116,12 +116,10 @@ void JsonLine::separate()
         mBytes += ',';
 }
 
-JsonLine &JsonLine::key(std::string_view name)
+JsonLine &JsonLine::key(const char *name)
 {
-    separate();
-    mBytes += '"';
-    mBytes += name;
-    mBytes += "\":";
+    value(name);
+    mBytes += ':';
     return *this;
 }
 
@@ -164,9 +162,11 @@ JsonLine &JsonLine::value(const char *utf8)
 {
     separate();
     // Names are plain letters nearly always.
-    const std::string_view text(utf8);
-    if (std::all_of(text.begin(), text.end(), [](char c) { return isPlain(quint8(c)); }))
-        ((mBytes += '"') += text) += '"';
+    const char *end = utf8;
+    while (isPlain(quint8(*end)))
+        ++end;
+    if (*end == '\0')
+        (mBytes += '"').append(utf8, end) += '"';
     else
         appendJsonText(&mBytes, QString::fromUtf8(utf8));
     return *this;

@@ -25,9 +25,9 @@ class JsonLine
 public:
     JsonLine &begin();
     /// \returns the whole line with its line end, until the next begin().
-    std::string_view end();
+    const std::string &end();
 
-    JsonLine &key(std::string_view name); ///< A name of ours: ASCII without quotes.
+    JsonLine &key(const char *name);
     JsonLine &value(bool value);
     JsonLine &value(qint64 value);
     JsonLine &value(float value); ///< The shortest number that is this float, as 21.6.

@@ -83,17 +83,6 @@ void appendField(std::string *line, const QString &text)
         *line += csvField(text).toStdString();
 }
 
-// A switch is 0 or 1.
-void appendField(std::string *line, const Value &value)
-{
-    if (isText(value))
-        appendField(line, std::get<QString>(value));
-    else if (isSwitch(value))
-        *line += std::get<bool>(value) ? '1' : '0';
-    else
-        append(line, plainText(value));
-}
-
 void appendChanges(std::string *line, const QVector<Change> &changes)
 {
     for (const Change &change : changes) {
@@ -218,6 +207,15 @@ void add(JsonLine &json, const Reading &reading)
         json.value(QVariant());
 }
 
+// A switch is 0 or 1, and no reading is an empty field.
+QString fieldText(const Reading &reading)
+{
+    if (!reading.value)
+        return {};
+    return isSwitch(*reading.value) ? QString::number(numberOf(*reading.value))
+                                    : plainText(*reading.value);
+}
+
 void addCounts(JsonLine &json, const char *name, const LineCounts &counts)
 {
     json.key(name).beginObject().key("frames").beginObject();
@@ -275,17 +273,9 @@ QString eventLine(const Event &event, const StateWatch &state)
     return QString::fromStdString(line);
 }
 
-void Printer::write(std::string_view lines)
-{
-    if (mSink)
-        mSink(QByteArray(lines.data(), static_cast<int>(lines.size())));
-    else
-        standardOutput().bytes(lines);
-}
-
 void Printer::put(std::string_view lines)
 {
-    write(lines);
+    putBytes(lines);
     if (mLive && !mSink)
         standardOutput().flush(); // Whoever reads the pipe follows.
 }
@@ -295,6 +285,14 @@ void Printer::put(const QString &line)
     mLine.clear();
     append(&mLine, line);
     put(mLine += '\n');
+}
+
+void Printer::putBytes(std::string_view lines)
+{
+    if (mSink)
+        mSink(QByteArray(lines.data(), static_cast<int>(lines.size())));
+    else
+        standardOutput().bytes(lines);
 }
 
 // Code 3 comes with every frame.
@@ -379,7 +377,7 @@ void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
     if (item.kind == LineItem::BadChecksum)
         mJson.member("received", typeText(item.received).c_str())
             .member("expected", typeText(item.expected).c_str());
-    write(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::printJson(const Event &event)
@@ -418,7 +416,7 @@ void Printer::beginRow(double seconds, const char *source, const char *kind)
     mLine += ',';
 }
 
-void Printer::endRow() { write(mLine += '\n'); }
+void Printer::endRow() { putBytes(mLine += '\n'); }
 
 void Printer::printCsv(const Event &event)
 {
@@ -435,8 +433,7 @@ void Printer::printCsv(const Event &event)
         beginRow(event.seconds, "service", "value");
         mLine += row.name;
         mLine += ',';
-        if (after.value)
-            appendField(&mLine, *after.value);
+        appendField(&mLine, fieldText(after));
         mLine += ',';
         appendField(&mLine, after.unit);
         endRow();
@@ -447,15 +444,15 @@ void Printer::note(double seconds, const char *source, const QString &text,
                    const QVector<QPair<const char *, Value>> &members)
 {
     if (mFormat == Text) {
-        put(QStringLiteral("%1  %2 %3")
-                .arg(seconds, 9, 'f', 3)
-                .arg(QLatin1String(source), -6)
-                .arg(text));
+        mLine.clear();
+        appendTime(&mLine, seconds);
+        append(&mLine, QStringLiteral("%1 %2").arg(QLatin1String(source), -6).arg(text));
+        put(mLine += '\n');
     } else if (mFormat == Json) {
         beginJson(seconds).member("event", source);
         for (const auto &member : members)
             add(mJson.key(member.first), member.second);
-        write(mJson.end());
+        putBytes(mJson.end());
     }
 }
 
@@ -464,7 +461,7 @@ void Printer::heading(const QString &text, double seconds)
     if (mFormat == Text)
         return put(std::string_view("\n")), put(QStringLiteral("-- ") + text);
     if (mFormat == Json)
-        write(beginJson(seconds).member("say", text).end());
+        putBytes(beginJson(seconds).member("say", text).end());
 }
 
 void Printer::outcome(const QString &text, const QVector<QPair<const char *, Value>> &members)
@@ -474,7 +471,7 @@ void Printer::outcome(const QString &text, const QVector<QPair<const char *, Val
     mJson.begin();
     for (const auto &member : members)
         add(mJson.key(member.first), member.second);
-    write(mJson.end());
+    putBytes(mJson.end());
 }
 
 void Printer::print(const Summary &summary, double seconds)
@@ -495,7 +492,7 @@ void Printer::print(const char *name, const QVector<QPair<QString, qint64>> &cou
         mJson.begin().key(name).beginObject();
         for (const auto &row : counts)
             mJson.member(row.first.toUtf8().constData(), row.second);
-        write(mJson.endObject().end());
+        putBytes(mJson.endObject().end());
     }
 }
 
@@ -536,7 +533,7 @@ void Printer::printJson(const Summary &summary, double seconds)
     mJson.member("droppedWrites", summary.droppedWrites).key("events").beginObject();
     for (auto row = summary.events.cbegin(); row != summary.events.cend(); ++row)
         mJson.member(row.key().toLatin1().constData(), row.value());
-    write(mJson.endObject().endObject().end());
+    putBytes(mJson.endObject().endObject().end());
 }
 
 } // namespace bench

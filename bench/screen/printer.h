@@ -52,6 +52,9 @@ public:
     void print(const char *name, const QVector<QPair<QString, qint64>> &counts);
 
 private:
+    void put(std::string_view lines);
+    void put(const QString &line);
+    void putBytes(std::string_view lines);
     bool isRepetition(const Event &event);
     void printJson(const Event &event);
     void printCsv(const Event &event);
@@ -64,9 +67,6 @@ private:
     void printCount(int indent, const QString &what, qint64 count);
     void printJson(const Summary &summary, double seconds);
     JsonLine &beginJson(double seconds);
-    void write(std::string_view lines);
-    void put(std::string_view lines); ///< The same, and at once.
-    void put(const QString &line);
 
     const Format mFormat;
     const Sink mSink;
