@@ -1,5 +1,7 @@
 #include "bench/recording/trace.h"
 
+#include "bench/recording/pcapng.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -115,6 +117,14 @@ Text takeField(Text *text)
     return {first, static_cast<std::size_t>(last - first)};
 }
 
+// R or T, or nothing for another identifier.
+Text directionOf(Text identifier)
+{
+    return identifier == "100" || identifier == "101"   ? "R"
+           : identifier == "200" || identifier == "201" ? "T"
+                                                        : "";
+}
+
 QString parseLine(Text text, TraceLine *line)
 {
     Text fields[4];
@@ -123,6 +133,17 @@ QString parseLine(Text text, TraceLine *line)
         const Text field = takeField(&rest);
         if (count < 4)
             fields[count] = field;
+    }
+    // A log of CAN frames, as `export` writes it: what is the direction here is an identifier
+    // there.
+    const std::size_t mark = fields[2].find('#');
+    if (count == 3 && mark != Text::npos) {
+        fields[3] = fields[2].substr(mark + 1);
+        fields[2] = directionOf(fields[2].substr(0, mark));
+        if (fields[2].empty())
+            return QStringLiteral("this is no CAN frame of a chunk; 'export' gives them the "
+                                  "identifiers 100, 101, 200 and 201");
+        count = 4;
     }
     const auto [time, port, direction, hex] = fields;
     if (count != 4)
@@ -173,18 +194,23 @@ QString parseTraceText(const QByteArray &text, TraceLine *line)
     return parseLine({text.constData(), static_cast<std::size_t>(text.size())}, line);
 }
 
-TraceReader::TraceReader(const QString &file)
+TraceReader::TraceReader(const QString &file, Content content)
     : mName(file == QLatin1String("-") ? QStringLiteral("standard input") : file)
+    , mContent(content)
     , mFile(file)
 {
     const bool isOpen = file == QLatin1String("-") ? mFile.open(stdin, QIODevice::ReadOnly)
                                                    : mFile.open(QIODevice::ReadOnly);
     if (!isOpen)
         mProblem = QStringLiteral("%1: %2").arg(mName, mFile.errorString());
+    else if (mContent == Recording && isPcapng(mFile.peek(4)))
+        mPackets = std::make_unique<PcapngReader>();
     TraceLine first;
     if (read(&first))
         mAhead = first;
 }
+
+TraceReader::~TraceReader() = default;
 
 bool TraceReader::next(TraceLine *line)
 {
@@ -196,6 +222,12 @@ bool TraceReader::next(TraceLine *line)
 
 bool TraceReader::read(TraceLine *line)
 {
+    if (!mProblem.isEmpty())
+        return false;
+    if (mContent == RawBytes)
+        return readRaw(line);
+    if (mPackets)
+        return readPacket(line);
     while (mProblem.isEmpty() && readText()) {
         const Text content = trimmed({mText, static_cast<std::size_t>(mSize)});
         if (content.empty() || content.front() == '#') {
@@ -210,16 +242,41 @@ bool TraceReader::read(TraceLine *line)
             return fail(std::any_of(content.begin(), content.end(), isControl) ? kNoText
                         : mLineEnded                                           ? problem
                                      : QStringLiteral("the file ends in this line: ") + problem);
-        if (line->time < mTime && mBackwardSteps++ == 0)
-            mFirstBackward = mNumber;
-        mTime = line->time;
-        return true;
+        return isInOrder(*line);
     }
     // Even digits may be half of a line: only its end tells.
     if (mProblem.isEmpty() && mNumber > 0 && !mLineEnded)
         fail(QStringLiteral("the file ends without a line end: the recording was cut here, or the "
                             "line end is missing"));
     return false;
+}
+
+bool TraceReader::readPacket(TraceLine *line)
+{
+    QString problem;
+    ++mNumber;
+    const bool isThere = mPackets->next(mFile, line, &problem);
+    readComment(mPackets->comment());
+    if (isThere)
+        return isInOrder(*line);
+    return problem.isEmpty() ? false : fail(problem);
+}
+
+bool TraceReader::readRaw(TraceLine *line)
+{
+    *line = {0, "raw", true, mFile.read(kMaxTraceBytes)};
+    if (line->bytes.isEmpty() && mFile.error() != QFileDevice::NoError)
+        return fail(mFile.errorString());
+    return !line->bytes.isEmpty();
+}
+
+// Counts what goes back. \returns true.
+bool TraceReader::isInOrder(const TraceLine &line)
+{
+    if (line.time < mTime && mBackwardSteps++ == 0)
+        mFirstBackward = mNumber;
+    mTime = line.time;
+    return true;
 }
 
 void TraceReader::readComment(const QByteArray &text)
@@ -265,6 +322,8 @@ bool TraceReader::rewind()
 {
     if (!mFile.seek(0))
         return false;
+    if (mPackets)
+        mPackets->restart();
     mNumber = 0;
     mTime = 0;
     mBackwardSteps = 0;

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 namespace bench {
@@ -43,12 +44,21 @@ QString parseTraceText(const QByteArray &text, TraceLine *line);
 /// The comment without its line end.
 QByteArray traceText(const TraceCar &car);
 
+class PcapngReader;
+
 /// Reads a recording line by line, whatever the file holds, in memory that does not grow with it.
+/// What `export` made of a recording is one, too.
 class TraceReader
 {
 public:
+    enum Content {
+        Recording,
+        RawBytes, ///< Of the box, without times.
+    };
+
     /// Opens \p file; `-` is the standard input.
-    explicit TraceReader(const QString &file);
+    explicit TraceReader(const QString &file, Content content = Recording);
+    ~TraceReader();
 
     /// \returns false at the end and at the first error, which problem() tells then.
     bool next(TraceLine *line);
@@ -69,12 +79,17 @@ public:
 
 private:
     bool read(TraceLine *line);
+    bool readPacket(TraceLine *line);
+    bool readRaw(TraceLine *line);
+    bool isInOrder(const TraceLine &line);
     void readComment(const QByteArray &text);
     bool readText();
     bool fail(const QString &what);
 
     const QString mName;
+    const Content mContent;
     QFile mFile;
+    std::unique_ptr<PcapngReader> mPackets; ///< Null for a text.
     char mText[kMaxTraceText +
                3]; ///< A line: one byte more than a good one, its end, and Qt's mark.
     qint64 mSize = 0;
