@@ -20,6 +20,7 @@ struct Subcommand
 
 int boxCommand(const QStringList &arguments);
 int runCommand(const QStringList &arguments);
+int tapCommand(const QStringList &arguments);
 int sendCommand(const QStringList &arguments);
 int playCommand(const QStringList &arguments);
 int decodeCommand(const QStringList &arguments);

@@ -15,6 +15,7 @@ constexpr bench::Subcommand kCommands[] = {
     {"box", "be the box and its car on a pseudo terminal or a device, for any host",
      bench::boxCommand},
     {"diff", "tell what the hosts of two traces saw differently", bench::diffCommand},
+    {"tap", "sit between a head unit and its box and show what passes", bench::tapCommand},
     {"send", "send steps to a 'run', 'box' or 'tap' that has a --control channel",
      bench::sendCommand},
     {"replay", "send a trace to the plug-in or to a device, in its own time", bench::replayCommand},

@@ -1,8 +1,14 @@
 #include "bench/commands/performance.h"
 
+#include "bench/commands/lineinput.h"
 #include "bench/language/runner.h"
 #include "bench/recording/pagerecorder.h"
 #include "bench/screen/output.h"
+
+#include <QElapsedTimer>
+
+#include <unistd.h>
+#include <utility>
 
 namespace bench {
 
@@ -17,9 +23,64 @@ QString startReport(PageRecorder *page, const QString &name, const RunOptions &o
     return page->start({options.report, others, options.force}, name);
 }
 
+/// Divides a performance at its `say` steps.
+class Reporter
+{
+public:
+    Reporter(const Runner &runner, const QString &name)
+        : mRunner(runner)
+    {
+        mSuite.name = name;
+        mClock.start();
+    }
+
+    void onSaid(const QString &text)
+    {
+        endPart();
+        mName = text;
+    }
+
+    ReportSuite finish(Runner::Result result, int code, const QVector<Step> &steps)
+    {
+        endPart();
+        ReportCase &last = mSuite.cases.last();
+        if (result == Runner::Passed && code == Done)
+            return mSuite;
+        last.outcome = result == Runner::Unmet ? ReportCase::Unmet : ReportCase::Broken;
+        last.message = result == Runner::Passed
+                           ? QStringLiteral("the host does not show what the car is")
+                           : mRunner.failure();
+        if (result == Runner::Unmet)
+            last.detail = QStringLiteral("%1:%2: expected %3, but %4")
+                              .arg(mSuite.name)
+                              .arg(mRunner.line())
+                              .arg(mRunner.expected(), mRunner.actual());
+        for (const Step &step : steps)
+            if (const auto *say = std::get_if<steps::Say>(&step.action))
+                if (result != Runner::Passed && step.line > mRunner.line())
+                    mSuite.cases.append({say->text, 0, 0, ReportCase::NotReached, {}, {}});
+        return mSuite;
+    }
+
+private:
+    void endPart()
+    {
+        const double seconds = static_cast<double>(mClock.restart()) / 1000;
+        const int met = mRunner.expectationsMet() - std::exchange(mMet, mRunner.expectationsMet());
+        mSuite.cases.append({mName, seconds, met, ReportCase::Passed, {}, {}});
+    }
+
+    const Runner &mRunner;
+    ReportSuite mSuite;
+    QString mName = QStringLiteral("before the first heading");
+    QElapsedTimer mClock;
+    int mMet = 0;
+};
+
 } // namespace
 
-int perform(const Scenario &scenario, const QString &name, double speed, RunOptions options)
+int perform(const Scenario &scenario, const QString &name, double speed, RunOptions options,
+            ReportSuite *report)
 {
     options.session.carModel = scenario.carModel;
     options.session.carIndex = scenario.carIndex;
@@ -29,6 +90,22 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     QObject::connect(&session, &Session::happened,
                      [&](const Event &event) { run.printer().print(event, session.state()); });
     Runner runner(Stage(session), speed);
+    Reporter reporter(runner, name);
+    std::unique_ptr<LineInput> person;
+    QString silence; // Why nobody answers.
+    QObject::connect(&runner, &Runner::said, [&](const QString &text) { reporter.onSaid(text); });
+    QObject::connect(&runner, &Runner::asked, [&](const QString &text) {
+        standardError().line(text); // Standard output may be for a program.
+        if (!person) {
+            person = std::make_unique<LineInput>(STDIN_FILENO, 4096);
+            QObject::connect(person.get(), &LineInput::line, [&] { runner.answer(); });
+            QObject::connect(person.get(), &LineInput::ended, [&] {
+                silence = QStringLiteral("the standard input has ended, and nobody is there to "
+                                         "act; --unattended tells the lines");
+                runner.abort();
+            });
+        }
+    });
     QObject::connect(&runner, &Runner::said,
                      [&](const QString &text) { run.printer().heading(text, session.seconds()); });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught, [&runner] { runner.abort(); });
@@ -47,10 +124,13 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     const Runner::Result result = runner.play(scenario.steps);
     if (page && result == Runner::Unmet)
         page->unmet(QStringLiteral("line %1: %2").arg(runner.line()).arg(runner.failure()));
-    int code = run.finish(result == Runner::Aborted  ? SignalBase + run.unixSignals().latest()
-                          : result == Runner::Passed ? int(Done)
-                          : result == Runner::Unmet  ? int(ExpectationFailed)
-                                                     : int(Failed));
+    if (!silence.isEmpty())
+        fail(QStringLiteral("%1:%2: %3").arg(name).arg(runner.line()).arg(silence));
+    int code = run.finish(!silence.isEmpty()          ? int(Failed)
+                          : result == Runner::Aborted ? SignalBase + run.unixSignals().latest()
+                          : result == Runner::Passed  ? int(Done)
+                          : result == Runner::Unmet   ? int(ExpectationFailed)
+                                                      : int(Failed));
     problem = page ? page->finish() : QString();
     if (!problem.isEmpty()) {
         fail(problem);
@@ -58,6 +138,8 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     }
     if (result == Runner::Aborted)
         return code;
+    if (report)
+        *report = reporter.finish(result, code, scenario.steps);
     const QString file = runner.file().isEmpty() ? name : runner.file();
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
     QVector<QPair<const char *, Value>> members{

@@ -33,7 +33,7 @@ int tourCommand(const QStringList &arguments)
     QLoggingCategory::setFilterRules("default=false"); // The tour tells what happens.
     const Scenario scenario =
         parseScenario(resource("tour.scenario") +
-                      (line.isSet("full") ? resource("tour_silence.scenario") : QByteArray()));
+                      (line.isSet("full") ? resource("tour_silence.part") : QByteArray()));
     return perform(scenario, QStringLiteral("The tour"), 1, {});
 }
 

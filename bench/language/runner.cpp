@@ -144,6 +144,13 @@ bool Runner::act(const steps::Say &step)
     return true;
 }
 
+bool Runner::act(const steps::Ask &step)
+{
+    mAnswered = false;
+    emit asked(step.text);
+    return wait(std::numeric_limits<int>::max(), [this] { return mAnswered; });
+}
+
 bool Runner::act(const steps::Start &)
 {
     if (!mStage.host->isStarted()) // Somebody else may have been faster.

@@ -24,6 +24,8 @@ public:
     void run(const QVector<Step> &steps);
     /// The same, and runs the event loop meanwhile.
     Result play(const QVector<Step> &steps);
+    /// A person has done what was asked.
+    void answer() { mAnswered = true; }
     /// Ends the steps soon.
     void abort();
 
@@ -39,6 +41,8 @@ public:
 signals:
     /// A `say` step.
     void said(const QString &text);
+    /// An `ask` step, which waits for answer().
+    void asked(const QString &text);
     void met(const bench::Step &step);
     void finished(bench::Runner::Result result);
 
@@ -59,6 +63,7 @@ private:
 
     // One for each kind of step. Each returns whether the steps go on.
     bool act(const steps::Say &step);
+    bool act(const steps::Ask &step);
     bool act(const steps::Start &);
     bool act(const steps::Stop &);
     bool act(const steps::Wait &step);
@@ -107,6 +112,7 @@ private:
     QVector<Signal> mSignals;
     QVector<LineItem> mFrames; ///< From the host.
     bool mRunning = false;
+    bool mAnswered = false;
     Result mResult = Passed;
     int mLine = 0;
     int mMet = 0;

@@ -26,6 +26,11 @@ struct Say
 {
     QString text;
 };
+/// What a person is to do before it goes on.
+struct Ask
+{
+    QString text;
+};
 struct Start
 {
 };
@@ -129,11 +134,11 @@ struct ExpectFrame
 
 } // namespace steps
 
-using Action =
-    std::variant<steps::Say, steps::Start, steps::Stop, steps::Wait, steps::Set, steps::Change,
-                 steps::Toggle, steps::Ramp, steps::Press, steps::Hold, steps::Release, steps::Call,
-                 steps::Box, steps::Frame, steps::Bytes, steps::InjectFault, steps::FaultRates,
-                 steps::NoFaults, steps::Expect, steps::ExpectSignal, steps::ExpectFrame>;
+using Action = std::variant<steps::Say, steps::Ask, steps::Start, steps::Stop, steps::Wait,
+                            steps::Set, steps::Change, steps::Toggle, steps::Ramp, steps::Press,
+                            steps::Hold, steps::Release, steps::Call, steps::Box, steps::Frame,
+                            steps::Bytes, steps::InjectFault, steps::FaultRates, steps::NoFaults,
+                            steps::Expect, steps::ExpectSignal, steps::ExpectFrame>;
 
 inline bool isExpectation(const Action &action)
 {

@@ -1,0 +1,201 @@
+// Between a head unit and its box.
+#include "bench/box/serialdevice.h"
+#include "bench/commands/controlchannel.h"
+#include "bench/commands/sessionrun.h"
+#include "bench/screen/output.h"
+#include "bench/wire/linecutter.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+
+#include <algorithm>
+#include <array>
+
+namespace bench {
+
+namespace {
+
+/// How long chunks were under way here, in microseconds.
+class Delays
+{
+public:
+    void add(qint64 microseconds)
+    {
+        ++mCounts[static_cast<std::size_t>(std::min<qint64>(microseconds, kLast))];
+        ++mTotal;
+        mLongest = std::max(mLongest, microseconds);
+    }
+
+    QVector<QPair<QString, qint64>> summary() const
+    {
+        return {{QStringLiteral("chunks"), mTotal},
+                {QStringLiteral("p50"), percentile(50)},
+                {QStringLiteral("p99"), percentile(99)},
+                {QStringLiteral("max"), mLongest}};
+    }
+
+private:
+    static constexpr int kLast = 100'000; ///< And above.
+
+    qint64 percentile(int share) const
+    {
+        qint64 below = 0;
+        for (int delay = 0; delay < kLast; ++delay) {
+            below += mCounts[static_cast<std::size_t>(delay)];
+            if (below * 100 >= mTotal * share)
+                return delay;
+        }
+        return mLongest;
+    }
+
+    std::array<qint64, kLast + 1> mCounts{};
+    qint64 mTotal = 0;
+    qint64 mLongest = 0;
+};
+
+/// The two lines and what passes between them.
+class Tap
+{
+public:
+    Tap(const QString &host, const QString &box, Printer::Format format, const QString &control)
+        : mHost(host)
+        , mBox(box)
+        , mPrinter(printerFor(control, format))
+        , mEventPrinter(Printer::Json, [this](const QByteArray &json) { mChannel.publish(json); })
+    {
+        for (Printer *printer : {&mPrinter, &mEventPrinter})
+            printer->setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 - mClock.microseconds());
+        QObject::connect(&mSignals, &UnixSignals::caught,
+                         [](int number) { QCoreApplication::exit(SignalBase + number); });
+        QObject::connect(&mChannel, &ControlChannel::ended, [] { QCoreApplication::exit(Done); });
+        QObject::connect(&mChannel, &ControlChannel::said,
+                         [this](const QString &text) { mPrinter.heading(text, seconds()); });
+        connectLines(mBox, mHost, true);
+        connectLines(mHost, mBox, false);
+    }
+
+    QString open()
+    {
+        for (SerialDevice *line : {&mHost, &mBox})
+            if (!line->plug())
+                return line->errorString();
+        return {};
+    }
+
+    TraceRecorder &recorder() { return mRecorder; }
+    ControlChannel &channel() { return mChannel; }
+
+    int finish(int code)
+    {
+        Summary summary;
+        summary.fromBox = mFromBox.counts();
+        summary.toBox = mToBox.counts();
+        mPrinter.print(summary, seconds());
+        mPrinter.print("delay in us", mDelays->summary());
+        const qint64 lost = mHost.lostBytes() + mBox.lostBytes();
+        if (lost > 0)
+            code = fail(QStringLiteral("%1 bytes are lost, because the other side was away or did "
+                                       "not take them")
+                            .arg(lost));
+        if (!mRecorder.problem().isEmpty() && code == Done)
+            return fail(mRecorder.problem());
+        return code;
+    }
+
+private:
+    double seconds() const { return static_cast<double>(mClock.nanoseconds()) / 1e9; }
+
+    // The bytes go on before anything else is done with them.
+    void connectLines(SerialDevice &from, SerialDevice &to, bool isFromBox)
+    {
+        LineCutter &cutter = isFromBox ? mFromBox : mToBox;
+        QObject::connect(&from, &SerialLine::received,
+                         [this, &to, &cutter, isFromBox](const QByteArray &bytes) {
+                             const qint64 begin = mClock.nanoseconds();
+                             to.write(bytes);
+                             mDelays->add((mClock.nanoseconds() - begin) / 1000);
+                             mRecorder.record(isFromBox, bytes);
+                             cutter.feed(bytes, begin / 1000);
+                         });
+        QObject::connect(&cutter, &LineCutter::item, [this, isFromBox](const LineItem &item) {
+            mPrinter.print(isFromBox, item, seconds());
+            if (mChannel.hasListeners())
+                mEventPrinter.print(isFromBox, item, seconds());
+        });
+        QObject::connect(&from, &SerialLine::pluggedChanged, [this, &cutter, isFromBox](bool on) {
+            cutter.reset();
+            const QString text =
+                QStringLiteral("%1 %2").arg(QLatin1String(isFromBox ? "the box" : "the head unit"),
+                                            QLatin1String(on ? "is there" : "has gone"));
+            mPrinter.note(seconds(), "line", text, {{"text", text}});
+            mRecorder.comment(text);
+        });
+    }
+
+    SteadyClock mClock;
+    UnixSignals mSignals;
+    SerialDevice mHost, mBox;
+    LineCutter mFromBox{LineCutter::Host};
+    LineCutter mToBox{LineCutter::Box};
+    ControlChannel mChannel{Stage()};
+    Printer mPrinter;
+    Printer mEventPrinter;
+    TraceRecorder mRecorder;
+    std::unique_ptr<Delays> mDelays = std::make_unique<Delays>();
+};
+
+} // namespace
+
+int tapCommand(const QStringList &arguments)
+{
+    CommandLine line(
+        "tap", "[options] HOST-DEVICE BOX-DEVICE",
+        "Sits between a head unit and its box: passes every byte on, unchanged and at once,\n"
+        "and shows what passes. Either side may go and come back. Ends with what there was,\n"
+        "and with the delay from the reading of bytes to their writing.",
+        "canbench tap /dev/ttyUSB0 /dev/ttyUSB1\n"
+        "canbench tap --trace trip.trace /dev/ttyUSB0 /dev/ttyUSB1");
+    line.addPositionalArgument("HOST-DEVICE", "The serial device that the head unit is at.");
+    line.addPositionalArgument("BOX-DEVICE", "The serial device that the box is at.");
+    line.addOptions({
+        {"duration", "End after S seconds; without it, on Ctrl-C.", "S"},
+        {"control", kControlHelp, "PATH"},
+        {"trace", "Record the serial line to the trace FILE.", "FILE"},
+        {"force", "Replace the trace FILE if it exists."},
+        {"json", "One JSON object a line."},
+    });
+    if (const auto code = line.read(arguments, 2))
+        return *code;
+    const double duration = line.seconds("duration", 0, 0.001, 1e6);
+    if (line.isWrong())
+        return WrongUsage;
+    for (const char *option : {"control", "trace"})
+        if (line.isSet(option) && line.value(option).isEmpty())
+            return line.complain(QStringLiteral("--%1 needs a name").arg(option));
+    const QStringList devices = line.positionalArguments();
+    if (devices.size() < 2)
+        return line.complain("name the device of the head unit and that of the box");
+    if (devices.first() == devices.last())
+        return line.complain("the head unit and the box are at two devices, not at one");
+
+    const QString control = line.value("control");
+    Tap tap(devices.first(), devices.last(), line.isSet("json") ? Printer::Json : Printer::Text,
+            control);
+    QString problem = control.isEmpty() ? QString() : tap.channel().open(control);
+    if (!problem.isEmpty()) {
+        fail(problem);
+        return WrongUsage;
+    }
+    if (line.isSet("trace"))
+        problem = tap.recorder().start({line.value("trace"), devices, line.isSet("force")},
+                                       devices.last(), {1, 1});
+    if (problem.isEmpty())
+        problem = tap.open();
+    if (!problem.isEmpty())
+        return fail(problem);
+    if (duration > 0)
+        QTimer::singleShot(static_cast<int>(duration * 1000), [] { QCoreApplication::exit(Done); });
+    return tap.finish(QCoreApplication::exec());
+}
+
+} // namespace bench
