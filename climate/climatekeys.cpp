@@ -86,6 +86,7 @@ void SimpleService::sendAcSet(unsigned char command, unsigned char value)
 
 int SimpleService::sendAcKey(int key, int value)
 {
+    CHECK_THREAD();
     mAcKey = key;
     LOG_DEBUG() << key << mAcKey << value;
 

@@ -22,6 +22,7 @@ constexpr unsigned char boxLevel(int level) { return static_cast<unsigned char>(
 
 int SimpleService::sendCarSettingKey(int key, int value)
 {
+    CHECK_THREAD();
     LOG_DEBUG() << "ggggggggggg" << key << value;
     if (key != LevelStep && key != Colour)
         return 0;
@@ -45,6 +46,10 @@ int SimpleService::sendCarSettingKey(int key, int value)
     return 0;
 }
 
-CarSettingData SimpleService::getCarSettingData() { return mCarSettingData; }
+CarSettingData SimpleService::getCarSettingData()
+{
+    CHECK_THREAD();
+    return mCarSettingData;
+}
 
 } // namespace canservice

@@ -16,6 +16,7 @@ static_assert(yearCode(2000) == 0 && yearCode(2255) == 255);
 // Payload: [0] year, [1..4] the four fields from the last to the first, [5] zero.
 GPSTimePacket SimpleService::GPSTimeSend(GPSTime &time)
 {
+    CHECK_THREAD();
     LOG_DEBUG() << "kwr enter into!";
     const QByteArray frame =
         canbox::buildFrame(canbox::Outbound::Clock, {yearCode(time.year), time.field3, time.field2,

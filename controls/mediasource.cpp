@@ -4,6 +4,7 @@
 #include "protocol/diagnostics.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace canservice {
 
@@ -34,7 +35,7 @@ int frequencyOf(const QString &text, int multiplier)
     const float shown = text.left(text.size() - kUnitLength).toFloat();
     const float frequency = static_cast<float>(multiplier) * shown;
     constexpr float kIntLimit = 2147483648.0F;
-    return frequency > -kIntLimit && frequency < kIntLimit ? static_cast<int>(frequency) : 0;
+    return std::abs(frequency) < kIntLimit ? static_cast<int>(frequency) : 0;
 }
 
 constexpr int kMaxTextUnits = 125; // what a length byte can tell beside the five bytes before it
@@ -69,6 +70,7 @@ QByteArray textFrame(TextLine line, const QByteArray &text)
 
 void SimpleService::onRadioSourceInformation(QString source, QStringList info, int type)
 {
+    CHECK_THREAD();
     LOG_DEBUG() << "ttttttttttttttt" << source << info << type;
     sendRadioStatus(source, info, type);
     sendSourceStatus(source, info, type);

@@ -57,6 +57,7 @@ void SimpleService::doSettingStatus(int dataType, QByteArray &payload)
 
 int SimpleService::getUnitData(UnitData &data)
 {
+    CHECK_THREAD();
     data = mUnitData;
     return 0;
 }
@@ -64,6 +65,7 @@ int SimpleService::getUnitData(UnitData &data)
 // The value steps at once, so that quick commands step on; text and signal wait for the report.
 void SimpleService::setUnitCmd(int command)
 {
+    CHECK_THREAD();
     LOG_DEBUG() << command;
     const auto *setting =
         findSetting([command](const UnitSetting &row) { return row.index == command; });

@@ -29,12 +29,13 @@ constexpr char kNoPermission[] =
     "no permission to open it; join its group (often dialout) or change its mode";
 constexpr char kBusy[] = "busy; close the program that holds it";
 constexpr char kNotSerial[] = "not a serial device; name one such as /dev/ttyUSB0";
+constexpr char kHungUp[] = "it has hung up; plug it in again";
 
 constexpr Failure kFailures[] = {
     {ENOENT, kNoSuchDevice}, {ENOTDIR, kNoSuchDevice}, {ELOOP, kNoSuchDevice},
     {ENODEV, kNoSuchDevice}, {ENXIO, kNoSuchDevice},   {EACCES, kNoPermission},
     {EPERM, kNoPermission},  {EBUSY, kBusy},           {EISDIR, kNotSerial},
-    {ENOTTY, kNotSerial},
+    {ENOTTY, kNotSerial},    {EINVAL, kNotSerial},     {EIO, kHungUp},
 };
 
 // Why a device cannot be opened, as an error number: QSerialPort tells a busy device from a
@@ -45,7 +46,7 @@ int openError(const QString &path)
         ::open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (device < 0)
         return errno;
-    const int error = isatty(device) ? 0 : ENOTTY;
+    const int error = isatty(device) ? 0 : errno;
     ::close(device);
     return error;
 }
@@ -71,6 +72,9 @@ QString &theDefaultDevice()
 }
 
 } // namespace
+
+// What a host's own port may take, as the README tells it.
+static_assert(sizeof(SerialPort) == (sizeof(void *) == 8 ? 256 : 136));
 
 SerialMonitor *SerialMonitor::instance()
 {
@@ -111,11 +115,12 @@ bool SerialPort::open(QString device, int baudRate)
         return false;
     }
     mPath = QDir(QStringLiteral("/dev")).absoluteFilePath(device);
-    if (!mDevice->setBaudRate(baudRate)) {
+    if (baudRate <= 0) {
         qWarning("Serial device %s: %d baud is no speed; give a positive one, such as 38400.",
                  qUtf8Printable(mPath), baudRate);
         return false;
     }
+    mDevice->setBaudRate(baudRate);
     if (tryOpen())
         return true;
     reportFailure(whyNotOpen(mPath, *mDevice));
@@ -150,22 +155,27 @@ void SerialPort::retry()
 bool SerialPort::writeData(const QByteArray &bytes, bool flag)
 {
     const qint64 pending = mDevice->bytesToWrite();
-    const bool stalled = pending + bytes.size() > kMaxPending;
-    const bool delivered = mDevice->isOpen() && !stalled;
+    bool stalled = pending + bytes.size() > kMaxPending;
+    if (mDevice->isOpen() && !stalled) {
+        // QSerialPort writes from the event loop, which a receipt need not wait for. It gets only
+        // what the device does not take now, or all of it to find out what is wrong; but not what
+        // the device takes none of without an error, which it would try for ever.
+        qint64 taken = 0;
+        qint64 now = pending == 0 ? 1 : -1;
+        while (now > 0 && taken < bytes.size()) {
+            now = ::write(mDevice->handle(), bytes.constData() + taken,
+                          static_cast<size_t>(bytes.size() - taken));
+            taken += std::max<qint64>(0, now);
+        }
+        stalled = now == 0;
+        if (now < 0)
+            mDevice->write(bytes.constData() + taken, bytes.size() - taken);
+    }
     if (stalled && !mStalled)
         qWarning("Serial device %s takes no more bytes: dropping what is sent until it does.",
                  qUtf8Printable(mPath));
     mStalled = stalled || (mStalled && pending > 0);
-    if (delivered) {
-        // QSerialPort writes from the event loop, which a receipt need not wait for. It gets only
-        // what the device does not take now, or all of it to find out what is wrong.
-        qint64 taken = 0;
-        if (pending == 0)
-            taken = std::max<qint64>(0, ::write(mDevice->handle(), bytes.constData(),
-                                                static_cast<size_t>(bytes.size())));
-        if (taken < bytes.size())
-            mDevice->write(bytes.constData() + taken, bytes.size() - taken);
-    }
+    const bool delivered = mDevice->isOpen() && !stalled;
     emit SerialMonitor::instance()->written(bytes, flag, delivered);
     return delivered;
 }

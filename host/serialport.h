@@ -76,7 +76,7 @@ private:
     bool mStalled = false;
     // A service holds its port by value, and the library that it meets may be another than the one
     // that it is built with: room for a port with more members.
-    [[maybe_unused]] void *mRoom[20];
+    [[maybe_unused]] void *mRoom[23];
 };
 
 } // namespace canservice

@@ -50,6 +50,7 @@ SimpleService::~SimpleService() = default;
 
 void SimpleService::start()
 {
+    CHECK_THREAD();
     LOG_DEBUG() << "Start Varne_Ford";
     sendStart();
     initData();

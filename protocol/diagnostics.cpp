@@ -2,7 +2,9 @@
 #include "protocol/diagnostics.h"
 
 #include <QMessageLogger>
+#include <QThread>
 
+#include <atomic>
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -41,5 +43,13 @@ QDebug errorLine(const char *signature, int number)
 {
     return begin(QMessageLogger(kFile, number, signature).critical(), "[ERR]", signature, number);
 }
+
+#ifndef NDEBUG
+bool isFirstForeignCall(const QObject &timer)
+{
+    static std::atomic_flag told = ATOMIC_FLAG_INIT;
+    return QThread::currentThread() != timer.thread() && !told.test_and_set();
+}
+#endif
 
 } // namespace diagnostics

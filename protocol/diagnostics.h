@@ -27,12 +27,12 @@ constexpr bool errorEnabled() { return false; }
 inline bool debugEnabled()
 {
     const QLoggingCategory *category = QLoggingCategory::defaultCategory();
-    return category && category->isDebugEnabled();
+    return category != nullptr && category->isDebugEnabled();
 }
 inline bool errorEnabled()
 {
     const QLoggingCategory *category = QLoggingCategory::defaultCategory();
-    return category && category->isCriticalEnabled();
+    return category != nullptr && category->isCriticalEnabled();
 }
 #endif
 
@@ -49,6 +49,19 @@ QDebug errorLine(const char *signature, int number);
 
 #define LOG_DEBUG() LOG_LINE(diagnostics::debugEnabled(), debugLine)
 #define LOG_ERROR() LOG_LINE(diagnostics::errorEnabled(), errorLine)
+
+// In a debug build a service tells of the first call from another thread than the one it was made
+// in, where its timers stay even when it is moved. Everything runs there: nothing is locked.
+#ifdef NDEBUG
+#    define CHECK_THREAD()
+#else
+#    define CHECK_THREAD()                                                                         \
+        if (diagnostics::isFirstForeignCall(mSendTmr))                                             \
+        LOG_ERROR() << "called from another thread; call the service where it was made"
+namespace diagnostics {
+bool isFirstForeignCall(const QObject &timer);
+}
+#endif
 
 /// For a loop, which asks for the level once.
 #define LOG_DEBUG_IF(enabled) LOG_LINE(enabled, debugLine)

@@ -31,6 +31,7 @@ void SimpleService::sendStart()
 
 void SimpleService::sendStop()
 {
+    CHECK_THREAD();
     mSerialPort.writeData(buildFrame(Outbound::StartStop, {kStop}), true);
     mCartypeTmr.stop();
 }
@@ -52,6 +53,7 @@ void SimpleService::sendUnitSet(unsigned char command, unsigned char value)
 
 void SimpleService::requestReport(Inbound dataType, bool flag)
 {
+    CHECK_THREAD();
     mSerialPort.writeData(buildFrame(Outbound::Request, {static_cast<quint8>(dataType), 0}), flag);
 }
 
@@ -87,6 +89,10 @@ void SimpleService::requsetUnitSettings() { requestReport(Inbound::UnitSettings,
 
 void SimpleService::requsetOtherInfo() { requestReport(Inbound::VehicleInfo1, false); }
 
-void SimpleService::sendAnyData(QByteArray &data) { mSerialPort.writeData(data, false); }
+void SimpleService::sendAnyData(QByteArray &data)
+{
+    CHECK_THREAD();
+    mSerialPort.writeData(data, false);
+}
 
 } // namespace canservice

@@ -12,6 +12,7 @@ namespace canservice {
 // earlier ones have left, and these find nothing to do when they go on.
 void SimpleService::onDataReady(QByteArray buf)
 {
+    CHECK_THREAD();
     const bool debugging = diagnostics::debugEnabled();
     LOG_DEBUG_IF(debugging) << ConfigManager::instance()->getPluginFullPath();
     LOG_DEBUG_IF(debugging) << buf.toHex();

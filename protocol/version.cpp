@@ -32,6 +32,10 @@ void SimpleService::selectCarEachSecond(int, QByteArray &)
         mCartypeTmr.start();
 }
 
-QString SimpleService::version() { return mVersion; }
+QString SimpleService::version()
+{
+    CHECK_THREAD();
+    return mVersion;
+}
 
 } // namespace canservice

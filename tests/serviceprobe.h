@@ -19,6 +19,7 @@ public:
     SerialPort &port = mService.mSerialPort;
     const int &parseState = mService.mParseState;
     const QByteArray &recvPayload = mService.mRecvPayload;
+    const int &recvRemain = mService.mRecvRemain;
     const int &noAnswerCount = mService.mNoAnswerCount;
     LazyTimer &checkConnect = mService.mCheckConnectTmr;
     QTimer &requestConnect = mService.mRequestConnectTmr;
@@ -27,6 +28,7 @@ public:
     LazyTimer &longPress = mService.mLongPressTmr;
     LazyTimer &parseOut = mService.mParseOutTmr;
     const int &acKey = mService.mAcKey;
+    const bool &keyPressed = mService.mKeyPressed;
     const int &currentKey = mService.mCurrentKey;
     const QByteArray &radarData = mService.mRadarData;
 };

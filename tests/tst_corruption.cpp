@@ -5,7 +5,12 @@
 
 #include "bench/headunit/getters.h"
 
+#include <QPointer>
+
 #include <climits>
+
+using canservice::ServiceProbe;
+using canservice::SimpleService;
 
 namespace {
 
@@ -183,6 +188,31 @@ private slots:
                     compare(Outcome({outer + inner.left(size), inner.mid(size)}, event), plain);
             }
         }
+    }
+
+    void everySignalMayAskForTheEnd()
+    {
+        const LogCapture silence(false);
+        QByteArray stream;
+        for (const auto &row : kFrames)
+            stream += hex(row.frame);
+        using Base = CanServiceBase;
+        const auto check = [&stream](auto signal) {
+            QPointer<SimpleService> service = new SimpleService;
+            connect(service, signal, service, &QObject::deleteLater);
+            emit ServiceProbe(*service).port.read(stream);
+            QVERIFY(service && service->version() == "V12");
+            QCoreApplication::sendPostedEvents(service, QEvent::DeferredDelete);
+            QVERIFY(!service);
+        };
+        check(&Base::notifyCanbusStatus);
+        check(&Base::keyEvent);
+        for (const auto signal :
+             {&Base::sigVersionData, &Base::acStatusChanged, &Base::sigRadarChanged,
+              &Base::doorChanged, &Base::drivingDataChanged, &Base::tireDataChanged,
+              &Base::tireAlert, &Base::batteryVoltageChange, &Base::sigAmbientChanged,
+              &Base::unitDataChanged})
+            check(signal);
     }
 
     void anyNumberOfChunksMayNest()

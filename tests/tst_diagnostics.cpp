@@ -119,6 +119,24 @@ private slots:
         QCOMPARE(status, 0);
     }
 
+    // In a build without NDEBUG.
+    void aForeignThreadIsToldOfOnce()
+    {
+        ServiceTest test;
+        LogCapture log(false);
+        std::thread([&test] {
+            test.service.version();
+            test.service.getCarSettingData();
+        }).join();
+        test.service.version();
+#ifdef NDEBUG
+        QCOMPARE(log.lines().size(), 0U);
+#else
+        QCOMPARE(log.lines().size(), 1U);
+        QVERIFY(log.items()[0].startsWith("called from another thread; call the service"));
+#endif
+    }
+
     void aLevelThatIsOffEvaluatesNothing()
     {
         int evaluated = 0;

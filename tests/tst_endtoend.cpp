@@ -45,7 +45,7 @@ private slots:
         bench::BoxEnd &end = *session.boxEnd();
         QCOMPARE(speedOf(end.terminal().path()), speed_t(B38400));
         QByteArray heard;
-        connect(&end.terminal(), &bench::PseudoTerminal::received, this,
+        connect(&end.terminal(), &bench::SerialLine::received, this,
                 [&heard](const QByteArray &bytes) { heard += bytes; });
 
         // The service knocks until the box answers.

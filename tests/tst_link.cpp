@@ -1,35 +1,46 @@
-// The supervision of the link: timers, commands and link codes. Time-outs are run by hand.
+// The supervision of the link in time, which is set by hand: what goes out when, and when the host
+// is told what. The states are walked elsewhere.
 #include "servicetest.h"
+#include "virtualclock.h"
 
 namespace {
 
-const QString kStart = "2e8101017c !";
+const QString kStart = "2e8101017c !, 2e900230003d !"; // and the request for the version
 const QString kStop = "2e8101007d !";
-const QString kAskVersion = "2e900230003d !";
+const QString kKnock = kStop + ", " + kStart;
 const QString kCarSelect = "2e91013439"; // of index 0x1234, by its low byte
+const QString kCheck = kCarSelect + ", 2e900230003d !";
 const QString kAlive = "notifyCanbusStatus 3";
 const QString kLost = "notifyCanbusStatus 0";
-const QString kReceipt = "ff !";
+const QString kTaken = "ff !, " + kAlive;
 
 const QByteArray kVersion = hex("2e3002563146");
 const QByteArray kUnknown = hex("2e250105d4");
 const QByteArray kDamaged = hex("2e250105d5");
 
-QString running(const canservice::ServiceProbe &probe)
+// A service whose time the test sets.
+struct Life
 {
-    QStringList names;
-    if (probe.checkConnect.isActive())
-        names << "check";
-    if (probe.requestConnect.isActive())
-        names << "knock";
-    if (probe.send.isActive())
-        names << "watchdog";
-    if (probe.cartype.isActive())
-        names << "car type";
-    if (probe.longPress.isActive() || probe.parseOut.isActive())
-        names << "others";
-    return names.join(", ");
-}
+    QString receive(const QByteArray &bytes)
+    {
+        test.receive(bytes);
+        return test.taken();
+    }
+
+    /// What comes next of itself, if it comes after so many milliseconds: a coarse timer may be 5 %
+    /// of its interval early or late, half a second at most.
+    QString after(int due, int interval = 0)
+    {
+        const int slack = qMin(qMax(due, interval) / 20, 500);
+        int waited = 0;
+        for (; test.journal.isEmpty() && waited <= due + slack; ++waited)
+            clock.pass(1);
+        return waited < due - slack ? QString("after %1 ms").arg(waited) : test.taken();
+    }
+
+    VirtualClock clock;
+    ServiceTest test;
+};
 
 } // namespace
 
@@ -39,133 +50,130 @@ class LinkTest : public QObject
 
 private slots:
     void initTestCase() { CanBusManager::instance()->setHwdCarModelIndex(0x1234); }
-    void timersAreWired()
+
+    void nothingGoesOutBeforeTheStart()
     {
         QSignalSpy written(canservice::SerialMonitor::instance(),
                            &canservice::SerialMonitor::written);
-        ServiceTest test;
-        auto &probe = test.probe;
+        Life life;
+        QCOMPARE(life.after(60000), QString());
         QCOMPARE(written.size(), 0);
-        QCOMPARE(running(probe), QString());
-
-        const auto check = [&test](QTimer &timer, int interval, bool singleShot,
-                                   const QStringList &effect) {
-            QCOMPARE(timer.interval(), interval);
-            QCOMPARE(timer.isSingleShot(), singleShot);
-            QVERIFY(QMetaObject::invokeMethod(&timer, "timeout"));
-            QCOMPARE(test.take(), effect);
-        };
-        check(probe.checkConnect, 30000, false, {kCarSelect, kAskVersion});
-        check(probe.requestConnect, 2000, false, {kStop, kStart, kAskVersion});
-        check(probe.cartype, 1000, false, {kCarSelect});
-        check(probe.longPress, 0, true, {"keyEvent -1 2 false"}); // Each start brings its interval.
-        QCOMPARE(probe.noAnswerCount, -1);
-        check(probe.send, 300, false, {});
-        QCOMPARE(probe.noAnswerCount, 0);
-        test.receive(hex("2e"));
-        QCOMPARE(probe.parseState, 3);
-        check(probe.parseOut, 500, true, {});
-        QCOMPARE(probe.parseState, 0);
     }
 
-    void startKnocksUntilAFrameComes()
+    void knocksUntilTheBoxAnswers()
     {
-        ServiceTest test;
-        test.service.start();
-        QCOMPARE(test.take(), QStringList({kStart, kAskVersion}));
-        QCOMPARE(running(test.probe), "knock");
-        test.timeout("onRequestConnect");
-        QCOMPARE(running(test.probe), "knock");
-        test.receive(kUnknown);
-        QCOMPARE(running(test.probe), "check");
-        test.service.start(); // Arms the knock on a living link, too.
-        QCOMPARE(running(test.probe), "check, knock");
+        Life life;
+        life.test.service.start();
+        QCOMPARE(life.test.taken(), kStart);
+        for (int knock = 0; knock < 5; ++knock)
+            QCOMPARE(life.after(2000), kKnock);
+        QCOMPARE(life.receive(kUnknown), kTaken);
+        QCOMPARE(life.after(30000), kCheck);
     }
 
-    void everyGoodFrameKeepsTheLinkAlive()
+    void aCheckWithoutAnAnswerLosesTheLink()
     {
-        ServiceTest test;
-        test.receive(kUnknown + kDamaged + kUnknown); // Before any start(), too.
-        QCOMPARE(test.take(), QStringList({kReceipt, kAlive, "f0 !", kReceipt, kAlive}));
-        QCOMPARE(test.probe.noAnswerCount, 0);
-        QCOMPARE(running(test.probe), "check");
-
-        const canservice::LazyTimer &check = test.probe.checkConnect;
-        QTRY_VERIFY(check.remainingTime() < 29900);
-        const int rest = check.remainingTime();
-        test.receive(kDamaged);
-        QVERIFY(check.remainingTime() <= rest);
-        test.receive(kUnknown);
-        QVERIFY(check.remainingTime() > rest);
+        Life life;
+        life.receive(kVersion);
+        for (int second = 1; second < 30; ++second)
+            QCOMPARE(life.after(1000), kCarSelect);
+        for (life.clock.pass(600); !life.test.journal.contains(kLost); life.clock.pass(1)) {
+        }
+        life.test.take();
+        QCOMPARE(life.after(2000), kKnock); // The car is selected no more, the loss told once.
+        QCOMPARE(life.after(2000), kKnock);
+        QCOMPARE(life.receive(kVersion), kTaken + ", sigVersionData, " + kAlive);
+        QCOMPARE(life.after(1000), kCarSelect);
     }
 
-    void versionStartsTheCarTypeTimer()
+    void anAnswerInTimeCancelsTheLoss()
     {
-        ServiceTest test;
-        test.receive(kVersion);
-        QCOMPARE(test.take(), QStringList({kReceipt, kAlive, "sigVersionData", kAlive}));
-        QCOMPARE(running(test.probe), "check, car type");
-        QTRY_VERIFY(test.probe.cartype.remainingTime() < 900);
-        const int rest = test.probe.cartype.remainingTime();
-        test.receive(kVersion);
-        QVERIFY2(test.probe.cartype.remainingTime() <= rest, "a running timer was restarted");
-        QCOMPARE(test.take(), QStringList({kReceipt, kAlive, "sigVersionData", kAlive}));
+        Life life;
+        life.receive(kUnknown);
+        for (int check = 0; check < 3; ++check) {
+            QCOMPARE(life.after(30000), kCheck);
+            life.clock.pass(1100);
+            QCOMPARE(life.receive(kUnknown), kTaken);
+        }
+        QCOMPARE(life.after(30000), kCheck);
+        QCOMPARE(life.after(1200), kLost);
+        QCOMPARE(life.after(2000), kKnock);
+    }
 
-        // stop() leaves the supervision, which may bring the timer back.
-        test.timeout("onCheckConnectTmrout");
-        test.take();
-        test.service.stop();
-        QCOMPARE(test.take(), QStringList{kStop});
-        QCOMPARE(running(test.probe), "check, watchdog");
-        test.receive(kVersion);
-        QCOMPARE(running(test.probe), "check, car type");
+    void onlyGoodFramesPutOffTheCheck()
+    {
+        Life life;
+        life.receive(kUnknown);
+        life.clock.pass(20000);
+        life.receive(kUnknown);
+        life.clock.pass(20000);
+        QCOMPARE(life.receive(kDamaged), "f0 !");
+        QCOMPARE(life.after(10000), kCheck);
+    }
+
+    void versionsLeaveTheCarSelectionItsBeat()
+    {
+        Life life;
+        life.receive(kVersion);
+        life.clock.pass(600);
+        life.receive(kVersion);
+        QCOMPARE(life.after(400, 1000), kCarSelect);
+        life.test.service.stop(); // Which leaves the supervision.
+        QCOMPARE(life.test.taken(), kStop);
+        QCOMPARE(life.after(29600, 30000), kCheck);
+        life.receive(kVersion);
+        QCOMPARE(life.after(1000), kCarSelect);
+    }
+
+    void anOpenFrameIsGivenUp()
+    {
+        Life life;
+        life.receive(hex("2e25"));
+        life.clock.pass(5000); // Of themselves the bytes may wait.
+        life.receive(hex("01"));
+        life.clock.pass(499);
+        QCOMPARE(life.test.probe.parseState, 4);
+        life.clock.pass(27);
+        QCOMPARE(life.receive(kUnknown), kTaken);
+        QCOMPARE(life.receive(hex("2e20020501d7")), kTaken + ", keyEvent 5 0 true");
+        QCOMPARE(life.after(1500), "keyEvent 5 2 true");
     }
 
     void watchdogRunsBeforeTheVersionIsAskedFor()
     {
         ServiceTest test;
-        QStringList seen; // At the car selection and at the version request.
-        connect(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::written,
-                &test.service, [&] { seen << running(test.probe); });
+        QList<bool> seen; // At the car selection and at the version request.
+        test.afterEvent = [&] { seen << test.probe.send.isActive(); };
         test.timeout("onCheckConnectTmrout");
-        QCOMPARE(seen, QStringList({"", "watchdog"}));
+        QCOMPARE(seen, QList<bool>({false, true}));
     }
 
-    void fourthTickLosesTheLink()
+    // A clock that stands still while the unit sleeps shows nothing of it. One that goes on, or a
+    // process that was stopped, finds all timers due at once, before the box's bytes or after them.
+    void aSleepLosesNoLink_data()
     {
-        ServiceTest test;
-        test.receive(kVersion);
-        test.timeout("onCheckConnectTmrout");
-        QCOMPARE(running(test.probe), "check, watchdog, car type");
-        test.take();
-        for (int tick = 1; tick <= 3; ++tick) {
-            test.timeout("onSendTmrout");
-            QCOMPARE(test.probe.noAnswerCount, tick);
-        }
-        QCOMPARE(test.take(), QStringList());
-        test.timeout("onSendTmrout");
-        QCOMPARE(test.take(), QStringList{kLost});
-        QCOMPARE(running(test.probe), "knock");
-        QCOMPARE(test.probe.noAnswerCount, 0);
-
-        test.timeout("onRequestConnect"); // Does not tell of the loss again.
-        QCOMPARE(test.take(), QStringList({kStop, kStart, kAskVersion}));
-        test.receive(kVersion);
-        QCOMPARE(running(test.probe), "check, car type");
+        QTest::addColumn<int>("awake"); // ms from the last frame to the sleep
+        for (const int awake : {0, 1000, 29000, 30500, 31000})
+            QTest::addRow("asleep after %d ms", awake) << awake;
     }
-
-    void aFrameCancelsTheLoss()
+    void aSleepLosesNoLink()
     {
-        ServiceTest test;
-        test.receive(kUnknown);
-        for (int check = 1; check <= 2; ++check) {
-            test.timeout("onCheckConnectTmrout");
-            for (int tick = 1; tick <= 3; ++tick)
-                test.timeout("onSendTmrout");
-            test.receive(kUnknown);
-            QCOMPARE(running(test.probe), "check");
+        QFETCH(int, awake);
+        for (const bool bytesFirst : {true, false}) {
+            Life life;
+            life.receive(kVersion);
+            life.clock.pass(awake);
+            life.clock.skip(40000);
+            if (!bytesFirst)
+                life.clock.pass(2);
+            life.test.receive(kVersion);
+            const bool lost = life.test.taken().contains(kLost);
+            // Who has waited for an answer for a second, and finds none when the timers come first.
+            QCOMPARE(lost, awake == 31000 && !bytesFirst);
+            life.clock.pass(10000);
+            const QStringList seen = life.test.take();
+            QVERIFY(seen.size() >= 9 && seen.count(kCarSelect) == seen.size());
         }
-        QVERIFY(!test.take().contains(kLost));
     }
 };
 

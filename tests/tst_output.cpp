@@ -230,7 +230,8 @@ private slots:
         QCOMPARE(printable(row.text).toUtf8(), row.shown);
         QCOMPARE(csvField(row.text), row.field);
         JsonLine line;
-        QCOMPARE(line.begin().member("t", row.text).end(), "{\"t\":" + row.json + "}\n");
+        QCOMPARE(QByteArray::fromStdString(line.begin().member("t", row.text).end()),
+                 "{\"t\":" + row.json + "}\n");
     }
 
     void showsBytesThatAreNoText()
@@ -253,7 +254,7 @@ private slots:
             line.endObject().key("list").beginArray().value(QVariant()).value(nan);
             line.value(QVariant(0.1)).value(QVariant("x")).value(QVariant(false)).endArray();
             line.key("none").beginArray().endArray();
-            QCOMPARE(line.end(),
+            QCOMPARE(QByteArray::fromStdString(line.end()),
                      QByteArray("{\"time\":-1.000001,\"on\":true,\"n\":255,\"changes\":{\"a\\\"b\":"
                                 "21.6,\"c\":\"[\"},\"list\":[null,null,0.1,\"x\",false],"
                                 "\"none\":[]}\n"));
@@ -314,18 +315,19 @@ private slots:
         QCOMPARE(shell.modes(), tcflag_t(0));
 
         shell.resize(40, 10);
-        QByteArray drawn = shell.answer("", "\033[J");
-        drawn += shell.answer("", "\033[J") + shell.answer("", "\033[J");
-        const int end = drawn.lastIndexOf("\033[J");
-        const int begin = drawn.lastIndexOf("\033[H", end) + 3;
+        QByteArray drawn;
+        for (int frame = 0; frame < 4; ++frame)
+            drawn += shell.answer("", "\033[H");
+        const int end = drawn.lastIndexOf("\033[H");
+        const int begin = drawn.lastIndexOf("\033[H", end - 1) + 3;
         // The terminal makes \r\n of each \n.
         const QString frame = QString::fromUtf8(drawn.mid(begin, end - begin));
-        const QStringList lines = frame.split("\033[K\r\r\n");
+        const QStringList lines = frame.split("\r\r\n");
         QCOMPARE(lines.size(), 10);
         for (QString line : lines)
             QVERIFY2(line.remove("\033[K").size() <= 40 && !line.contains('\033'),
                      qPrintable(line));
-        QVERIFY2(lines.first().endsWith(QChar(0x2026)), qPrintable(lines.first()));
+        QVERIFY2(lines.first().contains("q quit"), qPrintable(lines.first()));
 
         QVERIFY(shell.answer("q", "ready> ").contains(kLeave)); // Without Enter.
         QCOMPARE(shell.modes(), modes);

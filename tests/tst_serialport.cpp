@@ -7,15 +7,43 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <fcntl.h>
 #include <numeric>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <termios.h>
 #include <unistd.h>
 
 using canservice::SerialMonitor;
 using canservice::SerialPort;
+
+// Stand before the C library's own, which do the rest.
+static int sTaken = -1; // What the next writes take at most, byte by byte counted; -1: no limit.
+static bool sRefuse = false; // What is beyond that is refused, or else taken as nothing.
+static int sTerminalError = 0;
+
+extern "C" ssize_t write(int file, const void *bytes, size_t size)
+{
+    if (sTaken < 0)
+        return syscall(SYS_write, file, bytes, size);
+    if (sTaken == 0 && sRefuse) {
+        errno = EAGAIN;
+        return -1;
+    }
+    const size_t taken = std::min(size, static_cast<size_t>(sTaken));
+    sTaken -= static_cast<int>(taken);
+    return taken == 0 ? 0 : syscall(SYS_write, file, bytes, taken);
+}
+
+extern "C" int isatty(int file) noexcept
+{
+    termios settings;
+    errno = sTerminalError != 0 ? sTerminalError : ENOTTY;
+    return sTerminalError == 0 && tcgetattr(file, &settings) == 0;
+}
 
 namespace {
 
@@ -103,14 +131,17 @@ private slots:
         Box box;
         SerialPort::setDefaultDevice("/dev/null"); // The name that is given comes first.
         box.write("stale");
+        {
+            Port slow;
+            QVERIFY(slow.open(box.path(), 19200));
+            termios settings;
+            const int device = ::open(qPrintable(box.path()), O_RDWR | O_NOCTTY);
+            QVERIFY(tcgetattr(device, &settings) == 0 && ::close(device) == 0);
+            QCOMPARE(cfgetospeed(&settings), speed_t(B19200));
+            QCOMPARE(settings.c_cflag & (CSTOPB | CRTSCTS), 0u);
+        }
         Port port;
-        QVERIFY(port.open(box.path(), 19200));
-        termios settings;
-        const int device = ::open(qPrintable(box.path()), O_RDWR | O_NOCTTY);
-        QVERIFY(tcgetattr(device, &settings) == 0 && ::close(device) == 0);
-        QCOMPARE(cfgetospeed(&settings), speed_t(B19200));
-        QCOMPARE(settings.c_cflag & (CSTOPB | CRTSCTS), 0u);
-
+        QVERIFY(port.open(box.path(), 38400));
         box.write(everyByte());
         QTRY_COMPARE(port.got.size(), 256);
         QCOMPARE(port.got, everyByte());
@@ -214,6 +245,56 @@ private slots:
         QTRY_COMPARE(port.got, received + "box");
         QTRY_COMPARE(box.got, QByteArray("new")); // nothing from before the loss
         QVERIFY(!port.connection.wait(1200));     // and stays
+    }
+
+    void tellsAHungUpDeviceFromAnother()
+    {
+        for (const auto &[error, text] : {std::pair(EIO, "it has hung up; plug it in again"),
+                                          std::pair(EINVAL, "not a serial device")}) {
+            sTerminalError = error;
+            Port port;
+            QVERIFY(!port.open("/dev/null", 38400));
+            sTerminalError = 0;
+            QVERIFY2(logLines.takeLast().contains(text), text);
+        }
+    }
+
+    void refusesASpeedThatIsNone()
+    {
+        Box box;
+        Port port;
+        for (const int speed : {-1, 0}) {
+            QVERIFY(!port.open(box.path(), speed));
+            QVERIFY(logLines.takeLast().contains(QString(": %1 baud is no speed").arg(speed)));
+        }
+        QVERIFY(!port.connection.wait(1200)); // Another try would not help.
+    }
+
+    // Each way to take a write in part: the rest goes out later and nothing twice, unless the
+    // device takes none without an error.
+    void keepsTheOrderOfARefusedRest()
+    {
+        Box box;
+        Port port;
+        QVERIFY(port.open(box.path(), 38400));
+        for (const bool refuse : {true, false}) {
+            for (int taken = 0; taken < 4; ++taken) {
+                box.got.clear();
+                sTaken = taken;
+                sRefuse = refuse;
+                QCOMPARE(port.writeData("abcd", false), refuse);
+                sTaken = -1;
+                QVERIFY(port.writeData("ef", false));
+                QTRY_COMPARE(box.got, (refuse ? "abcd" : QByteArray("abcd").left(taken)) + "ef");
+            }
+        }
+        QCOMPARE(logLines.size(), 4); // A stall each, which the next write ends.
+        sTaken = 0;
+        sRefuse = true;
+        QVERIFY(port.writeData(QByteArray(4096, 'g'), false)); // As much as may wait.
+        QVERIFY(!port.writeData("h", false));
+        sTaken = -1;
+        QCOMPARE(port.connection.count(), 1);
     }
 
     void dropsWhatADeviceDoesNotTake()

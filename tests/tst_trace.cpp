@@ -31,29 +31,29 @@ const QByteArray kTrip = "# a trip\n"
 
 // The same as rows of its decoding, without the link code that comes with each good frame.
 const QByteArray kDecodedTrip = R"(seconds,epoch,source,kind,name,value,unit
-0.000000,1700000000.000000,host,frame,start/stop,01,
-0.010000,1700000000.010000,box,frame,version,56424F582D312E30,
+0.000000,1700000000.000000,host,frame,start/stop,01,hex
+0.010000,1700000000.010000,box,frame,version,56424F582D312E30,hex
 0.010000,1700000000.010000,service,signal,sigVersionData,,
 0.010000,1700000000.010000,service,value,version,VBOX-1.0,
-0.011000,1700000000.011000,host,good receipt,,FF,
-0.060000,1700000000.060000,box,frame,doors,08000000000000,
+0.011000,1700000000.011000,host,good receipt,,FF,hex
+0.060000,1700000000.060000,box,frame,doors,08000000000000,hex
 0.060000,1700000000.060000,service,signal,doorChanged,,
 0.060000,1700000000.060000,service,value,door.rear,1,
-0.100000,1700000000.100000,box,noise,,FF00,
-0.100000,1700000000.100000,box,bad checksum,ambient light,053C,
-0.101000,1700000000.101000,host,bad receipt,,F0,
-1.000000,1700000001.000000,box,frame,steering-wheel key,0501,
+0.100000,1700000000.100000,box,noise,,FF00,hex
+0.100000,1700000000.100000,box,bad checksum,ambient light,053C,hex
+0.101000,1700000000.101000,host,bad receipt,,F0,hex
+1.000000,1700000001.000000,box,frame,steering-wheel key,0501,hex
 1.000000,1700000001.000000,service,signal,keyEvent,"5, 0, true",
 2.500000,1700000002.500000,service,signal,keyEvent,"5, 2, true",
-3.000000,1700000003.000000,box,frame,steering-wheel key,0500,
+3.000000,1700000003.000000,box,frame,steering-wheel key,0500,hex
 3.000000,1700000003.000000,service,signal,keyEvent,"5, 3, true",
-5.000000,1700000005.000000,box,incomplete frame,,2E210AC885,
-5.000000,1700000005.000000,box,frame,ambient light,053C,
+5.000000,1700000005.000000,box,incomplete frame,,2E210AC885,hex
+5.000000,1700000005.000000,box,frame,ambient light,053C,hex
 5.000000,1700000005.000000,service,signal,sigAmbientChanged,,
 5.000000,1700000005.000000,service,value,ambient.colour,5,
 5.000000,1700000005.000000,service,value,ambient.level,12,
 36.200000,1700000036.200000,service,signal,notifyCanbusStatus,0,
-50.000000,1700000050.000000,box,frame,ambient light,053C,
+50.000000,1700000050.000000,box,frame,ambient light,053C,hex
 50.000000,1700000050.000000,service,signal,sigAmbientChanged,,
 )";
 
@@ -122,7 +122,7 @@ const struct
     {"replayed to the damage", "replay --loop 0 TRACE", 1, "sigAmbientChanged", "test.trace:2: "},
     {"exported to the damage", "export --format candump TRACE", 1, "100#2E6102053C5B",
      "test.trace:2: "},
-    {"unknown format", "export --format pcap TRACE", 2, "", "--format needs candump or pcapng"},
+    {"unknown format", "export --format pcap TRACE", 2, "", "--format needs candump, pcapng or"},
     {"no room", "export --format pcapng -o /dev/full TRACE", 1, "", "/dev/full: No space"},
     {"unknown type", "replay --only 0x24,wheels TRACE", 2, "", "no frame type 'wheels'"},
     {"no speed", "replay --speed 0 TRACE", 2, "", "--speed needs"},
@@ -160,6 +160,7 @@ private slots:
     {
         TraceRecorder recorder;
         QCOMPARE(recorder.start({mFile, {}, true}, "the box", {22, 7}), QString());
+        recorder.watchPorts();
         SerialMonitor *monitor = SerialMonitor::instance();
         emit monitor->received(hex("2e"));
         emit monitor->written(hex("ff"), true, true);
@@ -187,6 +188,7 @@ private slots:
 
         TraceRecorder full;
         QCOMPARE(full.start({"/dev/full", {}}, "box", {}), QString());
+        full.watchPorts();
         emit monitor->received(hex("2e"));
         QVERIFY2(full.problem().contains("/dev/full: No space"), qPrintable(full.problem()));
     }

@@ -37,7 +37,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
 
 VirtualClock::VirtualClock()
 {
-    sNow = trueTime() + sAhead;
+    sNow = ((trueTime() + sAhead) / kSecond + 1) * kSecond;
     sStopped = true;
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 /// While one lives, its thread's monotonic clock stands still but for pass(): Qt's timers and
-/// std::chrono::steady_clock see no other.
+/// std::chrono::steady_clock see no other. It begins with a second, on which coarse timers depend.
 class VirtualClock
 {
 public:

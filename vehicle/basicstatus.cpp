@@ -79,6 +79,7 @@ int SimpleService::getFuelConsumptionData(FuelConsumptionData &data)
 
 int SimpleService::getDrivingData(DrivingData &data)
 {
+    CHECK_THREAD();
     data = mDrivingData;
     return 0;
 }

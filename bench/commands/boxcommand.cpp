@@ -96,7 +96,7 @@ std::optional<int> readScenario(BoxOptions *options)
     if (!problem.isEmpty())
         return fail(problem);
     const int model = options->scenario.carModel;
-    options->scenario = parseScenario(text);
+    options->scenario = parseScenario(text, options->file, readScenarioFile);
     if (model != 1)
         options->scenario.carModel = model;
     QVector<Mistake> mistakes = options->scenario.mistakes;

@@ -24,6 +24,7 @@ int tapCommand(const QStringList &arguments);
 int sendCommand(const QStringList &arguments);
 int playCommand(const QStringList &arguments);
 int decodeCommand(const QStringList &arguments);
+int diffCommand(const QStringList &arguments);
 int replayCommand(const QStringList &arguments);
 int exportCommand(const QStringList &arguments);
 int tourCommand(const QStringList &arguments);

@@ -1,11 +1,46 @@
 #include "bench/commands/commandline.h"
+#include "bench/commands/typefilter.h"
 #include "bench/headunit/pluginfile.h"
 #include "bench/recording/decoder.h"
+#include "bench/screen/output.h"
 #include "bench/screen/printer.h"
+#include "bench/screen/progress.h"
 
 #include <QLoggingCategory>
 
+#include <optional>
+#include <unistd.h>
+
 namespace bench {
+
+namespace {
+
+constexpr double kEver = 1e12; // s
+
+// Shows how far it is, unless the lines themselves are on the terminal.
+class DecodeProgress
+{
+public:
+    explicit DecodeProgress(const TraceReader &trace)
+        : mTrace(trace)
+        , mVisible(mProgress.isVisible() && !isatty(STDOUT_FILENO) && trace.progress() >= 0)
+    {
+    }
+    void lineRead()
+    {
+        constexpr int kLines = 4096; // Some milliseconds.
+        if (mVisible && ++mLines % kLines == 0)
+            mProgress.showShare(mTrace.progress());
+    }
+
+private:
+    const TraceReader &mTrace;
+    Progress mProgress;
+    const bool mVisible;
+    int mLines = 0;
+};
+
+} // namespace
 
 int decodeCommand(const QStringList &arguments)
 {
@@ -13,13 +48,22 @@ int decodeCommand(const QStringList &arguments)
         "decode", "[options] FILE",
         "Shows what the trace FILE holds: frames, receipts, bad checksums and noise, and\n"
         "for what came from the box the signals and the changed values that the plug-in\n"
-        "itself gives for it. - is the standard input.",
+        "itself gives for it. FILE may be what 'export' wrote, too; - is the standard\n"
+        "input.",
         "canbench decode trip.trace\n"
         "canbench decode --csv trip.trace > trip.csv\n"
+        "canbench decode --only doors,keyEvent --from 30 --to 90 trip.trace\n"
         "canbench decode --json trip.trace | grep doorChanged");
     line.addOptions({
         {"json", "One JSON object a line."},
         {"csv", "Rows of seconds, epoch, source, kind, name, value and unit."},
+        {"only",
+         "Show these frames and what came with them, or these signals: numbers and names, as "
+         "0x24,doors,keyEvent.",
+         "NAME,..."},
+        {"from", "Show nothing before S seconds after the first line.", "S"},
+        {"to", "Show nothing after S seconds after the first line.", "S"},
+        {"raw", "FILE has the bytes of the box as they are, without times."},
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
         {"model",
          "The car model that was selected in the head unit (default: the recording's, or 1).",
@@ -29,15 +73,22 @@ int decodeCommand(const QStringList &arguments)
         return *code;
     const QString file = line.positionalArguments().value(0);
     int carModel = line.number("model", 1, 0, 65535);
+    const double from = line.seconds("from", 0, 0, kEver);
+    const double to = line.seconds("to", kEver, from, kEver);
     if (line.isWrong())
         return WrongUsage;
+    TypeFilter only;
+    const QString wrongType =
+        line.isSet("only") ? readTypeFilter(line.value("only"), true, &only) : QString();
+    if (!wrongType.isEmpty())
+        return line.complain(wrongType);
     if (file.isEmpty())
         return line.complain("name the trace to decode");
     if (line.isSet("json") && line.isSet("csv"))
         return line.complain("--json and --csv exclude each other");
 
     QLoggingCategory::setFilterRules("default=false"); // What the service says of the past.
-    TraceReader trace(file);
+    TraceReader trace(file, line.isSet("raw") ? TraceReader::RawBytes : TraceReader::Recording);
     if (!trace.problem().isEmpty())
         return fail(trace.problem());
     if (!line.isSet("model") && trace.car())
@@ -56,17 +107,37 @@ int decodeCommand(const QStringList &arguments)
                     : line.isSet("csv") ? Printer::Csv
                                         : Printer::Text);
     printer.setTerse(printer.format() == Printer::Text);
+    printer.setLive(false);
+    // What happens belongs to the frame before it.
+    bool isWantedFrame = only.isEmpty();
+    const auto isInTime = [&] { return decoder.seconds() >= from && decoder.seconds() <= to; };
     QObject::connect(&decoder, &TraceDecoder::item, [&](bool fromBox, const LineItem &item) {
-        printer.print(fromBox, item, decoder.seconds());
+        if (!only.isEmpty()) {
+            const bool isFrame = item.kind == LineItem::Frame || item.kind == LineItem::BadChecksum;
+            const bool isWanted =
+                isFrame && (fromBox ? only.fromBox : only.toBox).contains(item.dataType);
+            isWantedFrame = fromBox ? isWanted : isWantedFrame;
+            if (!isWanted)
+                return;
+        }
+        if (isInTime())
+            printer.print(fromBox, item, decoder.seconds());
     });
-    QObject::connect(&decoder, &TraceDecoder::happened,
-                     [&](const Event &event) { printer.print(event, decoder.state()); });
+    QObject::connect(&decoder, &TraceDecoder::happened, [&](const Event &event) {
+        if (isInTime() && (isWantedFrame || only.events.contains(event.name)))
+            printer.print(event, decoder.state());
+    });
+    std::optional<DecodeProgress> progress(trace);
     TraceLine chunk;
     for (bool isFirst = true; trace.next(&chunk); isFirst = false) {
         if (isFirst)
             printer.setOrigin(chunk.time);
         decoder.feed(chunk);
+        progress->lineRead();
+        if (trace.isWaiting())
+            standardOutput().flush();
     }
+    progress.reset();
     decoder.finish();
     printer.print(decoder.summary(), decoder.seconds());
     if (!trace.note().isEmpty())

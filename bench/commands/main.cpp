@@ -14,6 +14,7 @@ constexpr bench::Subcommand kCommands[] = {
     {"decode", "show what a trace holds and what the plug-in makes of it", bench::decodeCommand},
     {"box", "be the box and its car on a pseudo terminal or a device, for any host",
      bench::boxCommand},
+    {"diff", "tell what the hosts of two traces saw differently", bench::diffCommand},
     {"tap", "sit between a head unit and its box and show what passes", bench::tapCommand},
     {"send", "send steps to a 'run', 'box' or 'tap' that has a --control channel",
      bench::sendCommand},
@@ -72,6 +73,9 @@ int runProgram(const QStringList &arguments)
 int main(int argc, char **argv)
 {
     bench::prepareStandardStreams();
+    // Qt's own event loop: a decoder runs it for each line of a recording, and it is the quicker
+    // one.
+    qputenv("QT_NO_GLIB", "1");
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("canbench"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CANBENCH_VERSION));

@@ -2,6 +2,7 @@
 
 #include "bench/commands/lineinput.h"
 #include "bench/language/runner.h"
+#include "bench/recording/pagerecorder.h"
 #include "bench/screen/output.h"
 
 #include <QElapsedTimer>
@@ -12,6 +13,15 @@
 namespace bench {
 
 namespace {
+
+QString startReport(PageRecorder *page, const QString &name, const RunOptions &options)
+{
+    QStringList others{pluginFile(options.session)};
+    others += options.inputs;
+    if (!options.trace.isEmpty())
+        others += options.trace;
+    return page->start({options.report, others, options.force}, name);
+}
 
 /// Divides a performance at its `say` steps.
 class Reporter
@@ -100,25 +110,43 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                      [&](const QString &text) { run.printer().heading(text, session.seconds()); });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught, [&runner] { runner.abort(); });
 
-    const QString problem = run.open();
+    std::unique_ptr<PageRecorder> page;
+    QString problem;
+    if (!options.report.isEmpty()) {
+        page = std::make_unique<PageRecorder>(&session);
+        problem = startReport(page.get(), name, options);
+        QObject::connect(&runner, &Runner::said, page.get(), &PageRecorder::say);
+    }
+    if (problem.isEmpty())
+        problem = run.open();
     if (!problem.isEmpty())
         return fail(problem);
     const Runner::Result result = runner.play(scenario.steps);
+    if (page && result == Runner::Unmet)
+        page->unmet(QStringLiteral("line %1: %2").arg(runner.line()).arg(runner.failure()));
     if (!silence.isEmpty())
-        return run.finish(
-            fail(QStringLiteral("%1:%2: %3").arg(name).arg(runner.line()).arg(silence)));
+        fail(QStringLiteral("%1:%2: %3").arg(name).arg(runner.line()).arg(silence));
+    int code = run.finish(!silence.isEmpty()          ? int(Failed)
+                          : result == Runner::Aborted ? SignalBase + run.unixSignals().latest()
+                          : result == Runner::Passed  ? int(Done)
+                          : result == Runner::Unmet   ? int(ExpectationFailed)
+                                                      : int(Failed));
+    problem = page ? page->finish() : QString();
+    if (!problem.isEmpty()) {
+        fail(problem);
+        code = code == Done ? int(Failed) : code;
+    }
     if (result == Runner::Aborted)
-        return run.finish(SignalBase + run.unixSignals().latest());
-    const int code = run.finish(result == Runner::Passed  ? Done
-                                : result == Runner::Unmet ? ExpectationFailed
-                                                          : Failed);
+        return code;
     if (report)
         *report = reporter.finish(result, code, scenario.steps);
+    const QString file = runner.file().isEmpty() ? name : runner.file();
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
     QVector<QPair<const char *, Value>> members{
         {"scenario", name}, {"result", outcome}, {"expectationsMet", runner.expectationsMet()}};
     if (result != Runner::Passed)
-        members += {{"line", runner.line()},
+        members += {{"file", file},
+                    {"line", runner.line()},
                     {"expected", runner.expected()},
                     {"actual", runner.actual()},
                     {"failure", runner.failure()}};
@@ -130,7 +158,7 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                           members);
     if (result != Runner::Passed)
         standardError().line(
-            QStringLiteral("%1:%2: %3").arg(name).arg(runner.line()).arg(runner.failure()));
+            QStringLiteral("%1:%2: %3").arg(file).arg(runner.line()).arg(runner.failure()));
     return code;
 }
 

@@ -23,6 +23,7 @@ void addOptions(CommandLine *line)
          "Play waits and ramps X times as fast, 0.001 to 1000 (default 1). The times of presses "
          "and expectations stay: the service's timers do, too.",
          "X"},
+        {"report", "Write a page of plots of what happened to FILE.", "FILE"},
         {"device",
          "Play on the real box on the serial device DEV: what the car is to do becomes a prompt.",
          "DEV"},
@@ -89,7 +90,7 @@ int readScenarios(const CommandLine &line, QVector<Play> *plays)
         const QString problem = readScenarioFile(file, &text);
         if (!problem.isEmpty())
             return fail(problem);
-        Scenario scenario = parseScenario(text);
+        Scenario scenario = parseScenario(text, file, readScenarioFile);
         if (scenario.mistakes.isEmpty() && line.isSet("device"))
             scenario.mistakes = adaptToDevice(&scenario, line.isSet("unattended"));
         if (!scenario.mistakes.isEmpty())
@@ -158,6 +159,9 @@ int playCommand(const QStringList &arguments)
         return Done;
     }
     RunOptions options = readSessionOptions(&line);
+    if (line.isSet("report") && line.value("report").isEmpty())
+        line.complain("--report needs the name of a file");
+    options.report = line.value("report");
     const double speed = line.factor("speed", 1, 0.001, 1000);
     if (line.isWrong())
         return WrongUsage;

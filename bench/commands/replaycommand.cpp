@@ -1,5 +1,6 @@
 #include "bench/box/pseudoterminal.h"
 #include "bench/commands/commandline.h"
+#include "bench/commands/typefilter.h"
 #include "bench/headunit/session.h"
 #include "bench/recording/traceplayer.h"
 #include "bench/screen/printer.h"
@@ -17,23 +18,6 @@ namespace {
 
 constexpr int kOpenMs = 5000;
 constexpr int kSettleMs = 200; // For the last answers.
-
-// Reads `0x24`, `36` or `doors`. \returns whether there is such a type.
-bool readDataType(const QString &text, bool fromBox, quint8 *dataType)
-{
-    bool isNumber = false;
-    const int number = text.toInt(&isNumber, 0);
-    if (isNumber && number >= 0 && number <= 0xFF) {
-        *dataType = static_cast<quint8>(number);
-        return true;
-    }
-    for (int type = 0; type <= 0xFF; ++type) {
-        *dataType = static_cast<quint8>(type);
-        if (text == (fromBox ? inboundName(*dataType) : outboundName(*dataType)))
-            return text != QLatin1String("unknown");
-    }
-    return false;
-}
 
 // Runs the event loop while the recording plays. \returns the exit code.
 int play(TracePlayer &player, Progress &progress)
@@ -165,14 +149,16 @@ int replayCommand(const QStringList &arguments)
     int carModel = line.number("model", 1, 0, 65535);
     if (line.isWrong())
         return WrongUsage;
-    for (const QString &type : line.value("only").split(',', Qt::SkipEmptyParts)) {
-        quint8 dataType = 0;
-        if (!readDataType(type.trimmed(), options.fromBox, &dataType))
-            return line.complain(QStringLiteral("there is no frame type '%1'; give numbers such as "
-                                                "0x24, or names such as doors")
-                                     .arg(type));
-        options.only.insert(dataType);
-    }
+    TypeFilter only;
+    const QString wrongType =
+        line.isSet("only") ? readTypeFilter(line.value("only"), false, &only) : QString();
+    if (!wrongType.isEmpty())
+        return line.complain(wrongType);
+    options.only = options.fromBox ? only.fromBox : only.toBox;
+    if (line.isSet("only") && options.only.isEmpty())
+        return line.complain(
+            QStringLiteral("--only %1 is of the other direction%2")
+                .arg(line.value("only"), options.fromBox ? "; --to-box plays that one" : ""));
     if (file.isEmpty())
         return line.complain("name the trace to replay");
     if (line.isSet("to-box") && !line.isSet("device"))

@@ -28,8 +28,8 @@ void addOptions(CommandLine *line)
          "Faults on the line to the embedded box: KIND[=RATE],... with RATE a probability "
          "per frame (default 0.02), or 'all'. A wrong kind lists them.",
          "KINDS"},
-        {"control", kControlHelp, "PATH"},
         {"list-values", "List the values of the embedded car, as 'canbench names' does."},
+        {"control", kControlHelp, "PATH"},
         {"plain", "A line per event on a terminal too, instead of the live view."},
     });
 }

@@ -28,7 +28,7 @@ int complainAbout(const QString &file, const QVector<Mistake> &mistakes)
     constexpr int kShown = 20;
     for (const Mistake &mistake : mistakes.mid(0, kShown))
         standardError().line(QStringLiteral("%1:%2:%3: %4")
-                                 .arg(file)
+                                 .arg(mistake.file.isEmpty() ? file : mistake.file)
                                  .arg(mistake.line)
                                  .arg(mistake.column)
                                  .arg(mistake.text));

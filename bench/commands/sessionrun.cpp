@@ -18,7 +18,7 @@ void addSessionOptions(CommandLine *line)
         {"plugin", "Load FILE instead of the plug-in of this build.", "FILE"},
         {"seed", "The same seed gives the same faults (default 1).", "N"},
         {"trace", "Record the serial line to the trace FILE.", "FILE"},
-        {"force", "Replace the trace FILE if it exists."},
+        {"force", "Replace FILE if it exists."},
         {"json", "One JSON object a line."},
         {"log", "Show the service's own log on standard error."},
     });

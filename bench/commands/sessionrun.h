@@ -17,7 +17,8 @@ struct RunOptions
     bool terse = false;
     QString control;    ///< Where other programs may act; empty for nowhere.
     QString trace;      ///< The recording to be made; empty for none.
-    bool force = false; ///< It may replace a file.
+    QString report;     ///< The page of plots to be made; empty for none.
+    bool force = false; ///< They may replace a file.
     QStringList inputs; ///< What the command reads, besides the plug-in.
 };
 

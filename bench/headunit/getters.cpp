@@ -1,7 +1,5 @@
 #include "bench/headunit/getters.h"
 
-#include <canservicebase.h>
-
 #include <algorithm>
 #include <iterator>
 
@@ -19,9 +17,9 @@ constexpr int kType = std::is_same_v<Type, bool>    ? 0
 
 // Of an operation of the interface.
 template <auto Operation>
-Value ask(S &service)
+Value ask(Look &look)
 {
-    return (service.*Operation)();
+    return (look.service.*Operation)();
 }
 
 template <typename Type>
@@ -34,7 +32,8 @@ template <auto Operation>
 constexpr Reader get{ask<Operation>, typeOf(Operation)};
 
 template <auto Operation>
-constexpr Reader getNot{[](S &service) { return Value(!(service.*Operation)()); }, kType<bool>};
+constexpr Reader getNot{[](Look &look) { return Value(!(look.service.*Operation)()); },
+                        kType<bool>};
 
 template <auto Operation>
 QString text(S &service)
@@ -44,32 +43,26 @@ QString text(S &service)
 
 // One number for what the interface answers in two.
 template <auto Heat, auto Ventilation>
-constexpr Reader seat{[](S &service) {
-                          const int heat = (service.*Heat)();
-                          return Value(heat > 0 ? heat + 3 : (service.*Ventilation)());
+constexpr Reader seat{[](Look &look) {
+                          const int heat = (look.service.*Heat)();
+                          return Value(heat > 0 ? heat + 3 : (look.service.*Ventilation)());
                       },
                       kType<int>};
 
 // Members of the records.
 template <QString DrivingData::*Member>
-constexpr Reader driving{[](S &service) {
-                             DrivingData data;
-                             service.getDrivingData(data);
-                             return Value(data.*Member);
-                         },
+constexpr Reader driving{[](Look &look) { return Value(look.drivingData().*Member); },
                          kType<QString>};
 
 template <unsigned char AmbientLightData::*Member>
 constexpr Reader ambient{
-    [](S &service) { return Value(static_cast<int>(service.getCarSettingData().ambient.*Member)); },
+    [](Look &look) {
+        return Value(static_cast<int>(look.service.getCarSettingData().ambient.*Member));
+    },
     kType<int>};
 
 template <int Entry>
-constexpr Reader unitValue{[](S &service) {
-                               UnitData data;
-                               service.getUnitData(data);
-                               return Value(data.values.value(Entry));
-                           },
+constexpr Reader unitValue{[](Look &look) { return Value(look.unitData().values.value(Entry)); },
                            kType<int>};
 
 // The words of a getter where they are not the car's.
@@ -302,6 +295,20 @@ const Word *wordOf(const Getter &row, const Value &value)
 }
 
 } // namespace
+
+const DrivingData &Look::drivingData()
+{
+    if (!mDrivingData)
+        service.getDrivingData(mDrivingData.emplace());
+    return *mDrivingData;
+}
+
+const UnitData &Look::unitData()
+{
+    if (!mUnitData)
+        service.getUnitData(mUnitData.emplace());
+    return *mUnitData;
+}
 
 int getterCount() { return static_cast<int>(std::size(kGetters)); }
 

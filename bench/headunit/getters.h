@@ -6,25 +6,48 @@
 #include "bench/headunit/value.h"
 #include "bench/wire/span.h"
 
+#include <canservicebase.h>
+
 #include <QStringList>
 
 #include <optional>
-
-class CanServiceBase;
 
 namespace bench {
 
 /// A signal without arguments that announces a change of state.
 using Announcement = void (CanServiceBase::*)();
 
+/// One look at a service: each record that it hands out is copied once, however many of its members
+/// are read.
+class Look
+{
+public:
+    explicit Look(CanServiceBase &asked)
+        : service(asked)
+    {
+    }
+    const DrivingData &drivingData();
+    const UnitData &unitData();
+
+    CanServiceBase &service;
+
+private:
+    std::optional<DrivingData> mDrivingData;
+    std::optional<UnitData> mUnitData;
+};
+
 /// How a value is asked for. Its type is the operation's: of what kind it is is known before any
 /// service is there.
 struct Reader
 {
-    Value (*ask)(CanServiceBase &service);
+    Value (*ask)(Look &look);
     int type; ///< Value::index().
 
-    Value operator()(CanServiceBase &service) const { return ask(service); }
+    Value operator()(CanServiceBase &service) const
+    {
+        Look look(service);
+        return ask(look);
+    }
     bool isSwitch() const { return type == 0; }
     bool isText() const { return type == 3; }
 };

@@ -4,6 +4,7 @@
 
 #include <ctime>
 #include <dlfcn.h>
+#include <poll.h>
 
 namespace {
 
@@ -25,7 +26,8 @@ void pass(qint64 nanoseconds)
 
 } // namespace
 
-// Stands before the system's for every library of the process. The system's needs no system call.
+// These stand before the system's for every library of the process. The system's clock needs no
+// system call.
 extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
 {
     if (isVirtual && clock == CLOCK_MONOTONIC) {
@@ -35,6 +37,20 @@ extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept
     using ClockGetTime = int (*)(clockid_t, timespec *);
     static const auto systems = reinterpret_cast<ClockGetTime>(dlsym(RTLD_NEXT, "clock_gettime"));
     return systems(clock, time);
+}
+
+// An event loop that does not wait asks whether something has come in. Nothing does on a
+// recording's time, and asking the system costs as much as handling a frame.
+extern "C" int ppoll(pollfd *files, nfds_t count, const timespec *timeout, const sigset_t *mask)
+{
+    if (isVirtual && timeout && timeout->tv_sec == 0 && timeout->tv_nsec == 0) {
+        for (nfds_t i = 0; i < count; ++i)
+            files[i].revents = 0;
+        return 0;
+    }
+    using Poll = int (*)(pollfd *, nfds_t, const timespec *, const sigset_t *);
+    static const auto systems = reinterpret_cast<Poll>(dlsym(RTLD_NEXT, "ppoll"));
+    return systems(files, count, timeout, mask);
 }
 
 namespace bench {

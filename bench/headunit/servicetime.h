@@ -6,9 +6,10 @@
 namespace bench {
 
 /// Time for a service that works on a recording: from construction to destruction the process's
-/// monotonic clock stands still but for advance(). What the bench itself stamps gets its clock
-/// passed in; a plug-in's timers can only be reached where they ask, in the C library. An hour of
-/// recording so takes the seconds that its handling takes, with the same time-outs.
+/// monotonic clock stands still but for advance(), and no event loop sees a file. What the bench
+/// itself stamps gets its clock passed in; a plug-in's timers can only be reached where they ask,
+/// in the C library. An hour of recording so takes the seconds that its handling takes, with the
+/// same time-outs.
 class ServiceTime : public Clock
 {
 public:

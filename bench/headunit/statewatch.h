@@ -34,6 +34,7 @@ public:
 
     /// As it was last read.
     const Value &value(int getter) const { return mSeen.at(getter).value; }
+    const QString &unit(int getter) const { return mSeen.at(getter).unit; }
     const Value &value(const char *name) const;
     QString text(const char *name) const;
     bool isOn(const char *name) const { return numberOf(value(name)) > 0; }

@@ -1,5 +1,7 @@
 #include "bench/headunit/value.h"
 
+#include <charconv>
+
 namespace bench {
 
 QString plainText(const Value &value)
@@ -8,8 +10,13 @@ QString plainText(const Value &value)
         return *on ? QStringLiteral("true") : QStringLiteral("false");
     if (const int *number = std::get_if<int>(&value))
         return QString::number(*number);
-    if (const float *number = std::get_if<float>(&value))
-        return QString::number(static_cast<double>(*number), 'g', 6);
+    if (const float *number = std::get_if<float>(&value)) {
+        char digits[32];
+        const char *end = std::to_chars(digits, digits + sizeof digits,
+                                        static_cast<double>(*number), std::chars_format::general, 6)
+                              .ptr;
+        return QString::fromLatin1(digits, static_cast<int>(end - digits));
+    }
     return std::get<QString>(value);
 }
 

@@ -148,8 +148,20 @@ const struct
 } kWords[] = {
     {"set", carValueNames},   {"expect", Observable::names}, {"signal", eventNames},
     {"call", operationNames}, {"faults", faultWords},        {"press", keyCodes},
-    {"only", frameTypes},     {"model", specialModels},
+    {"only", frameTypes},     {"model", specialModels},      {"of", wordedOptions},
 };
+
+// Of one value of the car; for a number, what it is at first.
+QStringList valueWords(ValueId id)
+{
+    static const VirtualCar car;
+    QStringList words;
+    for (const Word &word : fieldOf(id).words)
+        words += QLatin1String(word.text);
+    if (fieldOf(id).low <= fieldOf(id).high)
+        words += numberText(fieldOf(id).value(car.raw(id)));
+    return words;
+}
 
 } // namespace
 
@@ -187,7 +199,8 @@ QStringList wordsFor(const QString &what)
     for (const auto &row : kWords)
         if (what == QLatin1String(row.what))
             return row.words();
-    return {};
+    const std::optional<ValueId> id = findValue(what);
+    return id ? valueWords(*id) : QStringList();
 }
 
 QStringList wordedOptions()

@@ -30,7 +30,7 @@ struct NameRow
 QVector<NameRow> nameRows();
 
 /// The names and words that an option or a step takes: `set`, `expect`, `signal`, `call`, `faults`,
-/// `press`, `only`, `model`. Empty for another one.
+/// `press`, `only`, `model`; and the words of a value of the car. Empty for another one.
 QStringList wordsFor(const QString &what);
 /// Those for which there are words.
 QStringList wordedOptions();

@@ -1,25 +1,42 @@
 #include "bench/language/parser.h"
 
+#include <QDir>
 #include <QTextCodec>
 
 namespace bench {
+
+namespace {
+
+QString fileOf(const ParseContext &context)
+{
+    return context.files.size() > 1 ? context.files.last() : QString();
+}
+
+} // namespace
 
 void parseLine(const QString &text, int number, ParseContext &context)
 {
     Scenario &scenario = *context.scenario;
     Mistake mistake{number, 0, {}};
     const QVector<Token> tokens = cutLine(text, &mistake);
+    mistake.file = fileOf(context);
     if (!mistake.text.isEmpty())
         return scenario.mistakes.append(mistake);
     if (tokens.isEmpty())
         return;
     const int firstStep = scenario.steps.size();
     LineReader line(tokens, number);
-    if (!readStep(line, context))
-        scenario.mistakes.append(line.mistake());
+    if (!readStep(line, context)) {
+        mistake = line.mistake();
+        mistake.file = fileOf(context);
+        scenario.mistakes.append(mistake);
+    }
     const QString shown = text.left(tokens.last().endColumn - 1).trimmed();
     for (int i = firstStep; i < scenario.steps.size(); ++i) {
         Step &step = scenario.steps[i];
+        if (step.line > 0) // Repeated or included: it has its own.
+            continue;
+        step.file = fileOf(context);
         step.line = number;
         step.text = shown;
         step.column = tokens.first().column;
@@ -47,20 +64,31 @@ bool readUtf8(const QByteArray &bytes, QString *text)
     return state.invalidChars == 0 && state.remainingChars == 0 && !bytes.contains('\0');
 }
 
-Scenario parseScenario(const QByteArray &text)
+void parseText(const QByteArray &text, ParseContext &context)
 {
-    Scenario scenario;
-    ParseContext context{&scenario};
     int number = 0;
     for (const QByteArray &bytes : text.split('\n')) {
         ++number;
         QString line;
         if (!readUtf8(bytes, &line)) {
-            scenario.mistakes.append({number, 1, QStringLiteral("this line is not UTF-8 text")});
+            context.scenario->mistakes.append(
+                {number, 1, QStringLiteral("this line is not UTF-8 text"), fileOf(context)});
             break; // The rest of such a file is not worth a hundred mistakes.
         }
         parseLine(line, number, context);
     }
+}
+
+Scenario parseScenario(const QByteArray &text, const QString &file, IncludeReader reader)
+{
+    Scenario scenario;
+    ParseContext context{&scenario};
+    context.reader = reader;
+    context.files += QDir::cleanPath(file);
+    parseText(text, context);
+    for (const Repetition &open : qAsConst(context.repetitions))
+        scenario.mistakes.append(
+            {open.line, open.column, QStringLiteral("this repeat has no 'end'")});
     return scenario;
 }
 

@@ -5,20 +5,39 @@
 
 namespace bench {
 
+/// Reads a file that a scenario includes. \returns an empty text, or why it cannot be read.
+using IncludeReader = QString (*)(const QString &name, QByteArray *text);
+
+/// Steps between `repeat` and `end`, while they are read.
+struct Repetition
+{
+    int line, column;
+    int times;
+    int firstStep;
+    bool started, plugged; ///< At its beginning.
+};
+
 /// What is known while lines are read one after the other.
 struct ParseContext
 {
     Scenario *scenario; ///< Gets the steps that are read.
     bool started = false;
     bool plugged = true;
-    int needs = Nobody; ///< Of the statement that is being read.
+    int needs = Nobody;                   ///< Of the statement that is being read.
+    QVector<Repetition> repetitions = {}; ///< The innermost last.
+    IncludeReader reader = nullptr;       ///< Null: nothing can be included.
+    QStringList files = {};               ///< That are being read, the innermost last.
+    int includes = 0;                     ///< So far.
 
     /// \returns true.
     bool add(const Action &action);
 };
 
-/// Reads UTF-8 text, a step a line.
-Scenario parseScenario(const QByteArray &text);
+/// Reads UTF-8 text, a step a line. What it includes is found from where \p file is.
+Scenario parseScenario(const QByteArray &text, const QString &file = {},
+                       IncludeReader reader = nullptr);
+/// The same for text within another.
+void parseText(const QByteArray &text, ParseContext &context);
 /// Reads one line of any origin; its steps or its mistake go to the context's scenario.
 void parseLine(const QString &text, int number, ParseContext &context);
 /// Reads one step from words that need no cutting, such as those of a command line.
@@ -38,6 +57,9 @@ bool readUnplug(LineReader &line, ParseContext &context);
 bool readPlug(LineReader &line, ParseContext &context);
 bool readFault(LineReader &line, ParseContext &context);
 bool readExpect(LineReader &line, ParseContext &context);
+bool readRepeat(LineReader &line, ParseContext &context);
+bool readEnd(LineReader &line, ParseContext &context);
+bool readInclude(LineReader &line, ParseContext &context);
 
 /// Reads UTF-8 text. \returns whether it is such, without a NUL.
 bool readUtf8(const QByteArray &bytes, QString *text);

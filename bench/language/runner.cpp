@@ -98,6 +98,7 @@ void Runner::advance()
             mUnsettled = true;
         }
         mLine = step.line;
+        mFile = step.file;
         const int metBefore = mMet;
         const bool goOn = std::visit([this](const auto &kind) { return act(kind); }, step.action);
         if (!mRunning)

@@ -34,7 +34,8 @@ public:
     /// The same in parts: what was expected, and what was there.
     QString expected() const { return mExpected; }
     QString actual() const { return mActual; }
-    int line() const { return mLine; } ///< Of the latest step.
+    int line() const { return mLine; }     ///< Of the latest step.
+    QString file() const { return mFile; } ///< Where that is, if it was included.
     int expectationsMet() const { return mMet; }
 
 signals:
@@ -115,7 +116,7 @@ private:
     Result mResult = Passed;
     int mLine = 0;
     int mMet = 0;
-    QString mFailure, mExpected, mActual;
+    QString mFile, mFailure, mExpected, mActual;
 };
 
 } // namespace bench

@@ -195,6 +195,9 @@ constexpr struct
     {"fault", "KIND", readFault, NeedsBox},
     {"fault", "KIND rate RATE[, KIND rate RATE]...", readFault, NeedsBox},
     {"fault", "none", readFault, NeedsBox},
+    {"repeat", "N", readRepeat, Nobody},
+    {"end", "", readEnd, Nobody},
+    {"include", "\"FILE\"", readInclude, Nobody},
 };
 
 } // namespace

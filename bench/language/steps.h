@@ -157,6 +157,7 @@ struct Step
     Action action;
     int needs = Nobody; ///< Of Party.
     int column = 1;     ///< From 1.
+    QString file = {};  ///< Included; empty for the scenario itself.
 };
 
 struct Scenario

@@ -13,6 +13,7 @@ struct Mistake
     int line;   ///< From 1.
     int column; ///< From 1.
     QString text;
+    QString file = {}; ///< Included; empty for the scenario itself.
 };
 
 /// A word, a quoted text, an operator, a comma or a parenthesis.
@@ -55,6 +56,7 @@ public:
     bool bytes(const char *what, QByteArray *result);              ///< To the end of the line.
     bool end();                                                    ///< Nothing more on the line.
 
+    int line() const { return mMistake.line; }
     /// Where the token taken last begins.
     int column() const;
     /// A mistake there.

@@ -46,6 +46,12 @@ QString TraceDecoder::open(const QString &plugin, int carModel)
     const QString problem = mHost.load(plugin);
     if (!problem.isEmpty())
         return problem;
+    const QMetaObject *meta = mHost.service()->metaObject();
+    mOnDataReady = meta->method(meta->indexOfMethod("onDataReady(QByteArray)"));
+    if (!mOnDataReady.isValid())
+        return QStringLiteral("%1 has no slot onDataReady(QByteArray), which takes what comes from "
+                              "the box; name another plug-in")
+            .arg(plugin);
     mHost.service()->start();
     mState.begin(mHost.service());
     return {};
@@ -64,7 +70,7 @@ void TraceDecoder::feed(const TraceLine &line)
     LineCutter &cutter = line.fromBox ? mFromBox : mToBox;
     cutter.take(line.bytes, mLatest);
     if (line.fromBox) {
-        QMetaObject::invokeMethod(mHost.service(), "onDataReady", Q_ARG(QByteArray, line.bytes));
+        mOnDataReady.invoke(mHost.service(), Qt::DirectConnection, Q_ARG(QByteArray, line.bytes));
         const QVector<Change> changes = mState.lookAround();
         if (!changes.isEmpty())
             emit happened({seconds(), QStringLiteral("state"), {}, changes});

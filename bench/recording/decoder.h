@@ -5,6 +5,8 @@
 #include "bench/headunit/session.h"
 #include "bench/recording/trace.h"
 
+#include <QMetaMethod>
+
 namespace bench {
 
 /// Feeds what a recording has from the box to the plug-in itself, on the recording's own time: what
@@ -42,6 +44,7 @@ private:
 
     ServiceTime mTime;
     PluginHost mHost;
+    QMetaMethod mOnDataReady; ///< The service's slot for what comes from the box.
     LineCutter mFromBox{LineCutter::Host};
     LineCutter mToBox{LineCutter::Box};
     StateWatch mState;

@@ -10,7 +10,13 @@ namespace {
 // pcapng: every block is `type | length | body | length`, every option `code | length | value`,
 // bodies and values padded to 4 bytes.
 enum Block : quint32 { SectionHeader = 0x0A0D0D0A, Interface = 1, EnhancedPacket = 6 };
-enum Option : quint16 { EndOfOptions = 0, InterfaceName = 2, PacketFlags = 2, Application = 4 };
+enum Option : quint16 {
+    EndOfOptions = 0,
+    Comment = 1,
+    InterfaceName = 2,
+    PacketFlags = 2,
+    Application = 4
+};
 constexpr quint32 kByteOrder = 0x1A2B3C4D;
 constexpr quint16 kUser0 = 147;
 constexpr quint32 kInbound = 1;
@@ -44,11 +50,12 @@ QByteArray block(Block type, const QByteArray &body, const QByteArray &options)
     return littleEndian(quint32(type), length) + content + littleEndian(length);
 }
 
-QByteArray section()
+QByteArray section(const std::optional<TraceCar> &car)
 {
     constexpr qint64 kUnknownLength = -1;
     return block(SectionHeader, littleEndian(kByteOrder, quint16(1), quint16(0), kUnknownLength),
-                 option(Application, "canbench"));
+                 (car ? option(Comment, traceText(*car)) : QByteArray()) +
+                     option(Application, "canbench"));
 }
 
 QByteArray interface(const QByteArray &port)
@@ -97,7 +104,7 @@ QString exportCandump(TraceReader &trace, QIODevice &out)
 
 QString exportPcapng(TraceReader &trace, QIODevice &out)
 {
-    if (!put(out, section()))
+    if (!put(out, section(trace.car())))
         return out.errorString();
     QHash<QByteArray, quint32> ports;
     TraceLine line;

@@ -1,6 +1,10 @@
 #include "bench/recording/trace.h"
 
+#include "bench/recording/pcapng.h"
+
 #include <algorithm>
+#include <array>
+#include <string_view>
 #include <utility>
 
 namespace bench {
@@ -10,24 +14,29 @@ namespace {
 constexpr qint64 kMicroseconds = 1'000'000;
 constexpr int kFraction = 6;          // Digits.
 constexpr int kMaxSecondsDigits = 12; // Some 30000 years: no sum of such times overflows.
-constexpr int kMaxText = 2 * kMaxTraceBytes + kMaxTracePort + 32;
 
 const QLatin1String kExample("a line reads like (12.500000) canbox R 2E6102053C5B");
 
-bool isAll(const QByteArray &text, bool (*isGood)(char))
+const QString kNoText = QStringLiteral("this is no text, and so no recording; %1").arg(kExample);
+
+using Text = std::string_view;
+
+template <typename Condition>
+bool isAll(Text text, Condition isGood)
 {
-    return !text.isEmpty() && std::all_of(text.begin(), text.end(), isGood);
+    return !text.empty() && std::all_of(text.begin(), text.end(), isGood);
 }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
-bool isPrintable(char c) { return c > ' ' && c <= '~'; }
-bool isControl(char c) { return (quint8(c) < ' ' && c != '\t') || c == 0x7F; }
+constexpr auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+constexpr auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+constexpr auto isPrintable = [](char c) { return c > ' ' && c <= '~'; };
+constexpr auto isControl = [](char c) { return (quint8(c) < ' ' && c != '\t') || c == 0x7F; };
 
 // A part of a line for a message: short, and without what a terminal would obey.
-QString quoted(QByteArray text)
+QString quoted(Text field)
 {
     constexpr int kShown = 24;
+    QByteArray text(field.data(), static_cast<int>(field.size()));
     std::replace_if(
         text.begin(), text.end(), [](char c) { return !isPrintable(c); }, '?');
     if (text.size() > kShown)
@@ -35,20 +44,133 @@ QString quoted(QByteArray text)
     return QLatin1Char('\'') + QString::fromLatin1(text) + QLatin1Char('\'');
 }
 
-// Reads `(12.500000)`.
-bool parseTime(const QByteArray &text, qint64 *time)
+// What a hexadecimal digit stands for; -1 for what is none.
+constexpr auto kNibbles = [] {
+    std::array<qint8, 256> nibbles{};
+    for (int c = 0; c < 256; ++c)
+        nibbles[static_cast<std::size_t>(c)] =
+            static_cast<qint8>(c >= '0' && c <= '9'   ? c - '0'
+                               : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                               : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                                                      : -1);
+    return nibbles;
+}();
+
+int nibble(char c) { return kNibbles[static_cast<quint8>(c)]; }
+
+// \returns whether there are nothing but digits in \p hex, two for each of the bytes.
+bool readBytes(Text hex, QByteArray *bytes)
 {
-    if (!text.startsWith('(') || !text.endsWith(')'))
+    bytes->resize(static_cast<int>(hex.size() / 2)); // Keeps the memory.
+    int all = 0;
+    for (char &byte : *bytes) {
+        const int high = nibble(hex[0]), low = nibble(hex[1]);
+        hex.remove_prefix(2);
+        all |= high | low;
+        byte = static_cast<char>(high << 4 | low);
+    }
+    return all >= 0;
+}
+
+qint64 numberIn(Text digits)
+{
+    qint64 number = 0;
+    for (const char c : digits)
+        number = 10 * number + (c - '0');
+    return number;
+}
+
+// Reads `(12.500000)`.
+bool parseTime(Text text, qint64 *time)
+{
+    if (text.size() < 2 || text.front() != '(' || text.back() != ')')
         return false;
-    const QByteArray number = text.mid(1, text.size() - 2);
-    const int point = number.indexOf('.');
-    const QByteArray whole = number.left(point);
-    const QByteArray fraction = number.mid(point + 1);
-    if (point < 1 || whole.size() > kMaxSecondsDigits || fraction.size() != kFraction ||
+    const Text number = text.substr(1, text.size() - 2);
+    const std::size_t point = number.find('.');
+    if (point == Text::npos)
+        return false;
+    const Text whole = number.substr(0, point);
+    const Text fraction = number.substr(point + 1);
+    if (whole.size() > kMaxSecondsDigits || fraction.size() != kFraction ||
         !isAll(whole, isDigit) || !isAll(fraction, isDigit))
         return false;
-    *time = whole.toLongLong() * kMicroseconds + fraction.toLongLong();
+    *time = numberIn(whole) * kMicroseconds + numberIn(fraction);
     return true;
+}
+
+Text trimmed(Text text)
+{
+    constexpr auto isWhite = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+    while (!text.empty() && isWhite(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isWhite(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+// Cuts the next field off.
+Text takeField(Text *text)
+{
+    const char *first = std::find_if_not(text->begin(), text->end(), isBlank);
+    const char *last = std::find_if(first, text->end(), isBlank);
+    text->remove_prefix(static_cast<std::size_t>(last - text->begin()));
+    return {first, static_cast<std::size_t>(last - first)};
+}
+
+// R or T, or nothing for another identifier.
+Text directionOf(Text identifier)
+{
+    return identifier == "100" || identifier == "101"   ? "R"
+           : identifier == "200" || identifier == "201" ? "T"
+                                                        : "";
+}
+
+QString parseLine(Text text, TraceLine *line)
+{
+    Text fields[4];
+    int count = 0;
+    for (Text rest = trimmed(text); !rest.empty(); ++count) {
+        const Text field = takeField(&rest);
+        if (count < 4)
+            fields[count] = field;
+    }
+    // A log of CAN frames, as `export` writes it: what is the direction here is an identifier
+    // there.
+    const std::size_t mark = fields[2].find('#');
+    if (count == 3 && mark != Text::npos) {
+        fields[3] = fields[2].substr(mark + 1);
+        fields[2] = directionOf(fields[2].substr(0, mark));
+        if (fields[2].empty())
+            return QStringLiteral("this is no CAN frame of a chunk; 'export' gives them the "
+                                  "identifiers 100, 101, 200 and 201");
+        count = 4;
+    }
+    const auto [time, port, direction, hex] = fields;
+    if (count != 4)
+        return QStringLiteral("%1 fields instead of 4; %2").arg(qMax(count, 1)).arg(kExample);
+    if (!parseTime(time, &line->time))
+        return QStringLiteral("%1 is no time; it has seconds and 6 digits, as in (12.500000)")
+            .arg(quoted(time));
+    if (!isAll(port, isPrintable) || port.size() > kMaxTracePort)
+        return QStringLiteral("%1 is no port; its name has 1 to %2 letters of ASCII")
+            .arg(quoted(port))
+            .arg(kMaxTracePort);
+    if (direction != "R" && direction != "T")
+        return QStringLiteral("%1 is no direction; R is from the box and T is to it")
+            .arg(quoted(direction));
+    if (hex.size() <= 2 * kMaxTraceBytes && hex.size() % 2 == 0 && readBytes(hex, &line->bytes)) {
+        line->fromBox = direction == "R";
+        if (Text(line->port.constData(), static_cast<std::size_t>(line->port.size())) != port)
+            line->port = QByteArray(port.data(), static_cast<int>(port.size()));
+        return {};
+    }
+    if (!isAll(hex, [](char c) { return nibble(c) >= 0; }))
+        return QStringLiteral("%1 are no bytes; each is two of 0 to 9 and A to F").arg(quoted(hex));
+    if (hex.size() % 2 != 0)
+        return QStringLiteral("%1 hexadecimal digits; each byte needs two").arg(hex.size());
+    return QStringLiteral("%1 bytes; a line holds at most %2")
+        .arg(hex.size() / 2)
+        .arg(kMaxTraceBytes);
 }
 
 } // namespace
@@ -69,47 +191,26 @@ QByteArray traceText(const TraceCar &car)
 
 QString parseTraceText(const QByteArray &text, TraceLine *line)
 {
-    const QList<QByteArray> fields = text.simplified().split(' ');
-    if (fields.size() != 4)
-        return QStringLiteral("%1 fields instead of 4; %2").arg(fields.size()).arg(kExample);
-    const QByteArray &direction = fields.at(2);
-    const QByteArray &hex = fields.at(3);
-    if (!parseTime(fields.at(0), &line->time))
-        return QStringLiteral("%1 is no time; it has seconds and 6 digits, as in (12.500000)")
-            .arg(quoted(fields.at(0)));
-    if (!isAll(fields.at(1), isPrintable) || fields.at(1).size() > kMaxTracePort)
-        return QStringLiteral("%1 is no port; its name has 1 to %2 letters of ASCII")
-            .arg(quoted(fields.at(1)))
-            .arg(kMaxTracePort);
-    if (direction != "R" && direction != "T")
-        return QStringLiteral("%1 is no direction; R is from the box and T is to it")
-            .arg(quoted(direction));
-    if (!isAll(hex, isHexDigit))
-        return QStringLiteral("%1 are no bytes; each is two of 0 to 9 and A to F").arg(quoted(hex));
-    if (hex.size() % 2 != 0)
-        return QStringLiteral("%1 hexadecimal digits; each byte needs two").arg(hex.size());
-    if (hex.size() / 2 > kMaxTraceBytes)
-        return QStringLiteral("%1 bytes; a line holds at most %2")
-            .arg(hex.size() / 2)
-            .arg(kMaxTraceBytes);
-    line->port = fields.at(1);
-    line->fromBox = direction == "R";
-    line->bytes = QByteArray::fromHex(hex);
-    return {};
+    return parseLine({text.constData(), static_cast<std::size_t>(text.size())}, line);
 }
 
-TraceReader::TraceReader(const QString &file)
+TraceReader::TraceReader(const QString &file, Content content)
     : mName(file == QLatin1String("-") ? QStringLiteral("standard input") : file)
+    , mContent(content)
     , mFile(file)
 {
     const bool isOpen = file == QLatin1String("-") ? mFile.open(stdin, QIODevice::ReadOnly)
                                                    : mFile.open(QIODevice::ReadOnly);
     if (!isOpen)
         mProblem = QStringLiteral("%1: %2").arg(mName, mFile.errorString());
+    else if (mContent == Recording && isPcapng(mFile.peek(4)))
+        mPackets = std::make_unique<PcapngReader>();
     TraceLine first;
     if (read(&first))
         mAhead = first;
 }
+
+TraceReader::~TraceReader() = default;
 
 bool TraceReader::next(TraceLine *line)
 {
@@ -121,28 +222,61 @@ bool TraceReader::next(TraceLine *line)
 
 bool TraceReader::read(TraceLine *line)
 {
-    QByteArray text;
-    while (mProblem.isEmpty() && readText(&text)) {
-        const QByteArray content = text.trimmed();
-        if (content.isEmpty() || content.startsWith('#')) {
+    if (!mProblem.isEmpty())
+        return false;
+    if (mContent == RawBytes)
+        return readRaw(line);
+    if (mPackets)
+        return readPacket(line);
+    while (mProblem.isEmpty() && readText()) {
+        const Text content = trimmed({mText, static_cast<std::size_t>(mSize)});
+        if (content.empty() || content.front() == '#') {
             mLineEnded = true; // There is nothing to be cut.
-            readComment(content);
+            if (std::any_of(content.begin(), content.end(), isControl))
+                return fail(kNoText);
+            readComment(QByteArray(content.data(), static_cast<int>(content.size())));
             continue;
         }
-        const QString problem = parseTraceText(content, line);
+        const QString problem = parseLine(content, line);
         if (!problem.isEmpty())
-            return fail(mLineEnded ? problem
-                                   : QStringLiteral("the file ends in this line: ") + problem);
-        if (line->time < mTime && mBackwardSteps++ == 0)
-            mFirstBackward = mNumber;
-        mTime = line->time;
-        return true;
+            return fail(std::any_of(content.begin(), content.end(), isControl) ? kNoText
+                        : mLineEnded                                           ? problem
+                                     : QStringLiteral("the file ends in this line: ") + problem);
+        return isInOrder(*line);
     }
     // Even digits may be half of a line: only its end tells.
     if (mProblem.isEmpty() && mNumber > 0 && !mLineEnded)
         fail(QStringLiteral("the file ends without a line end: the recording was cut here, or the "
                             "line end is missing"));
     return false;
+}
+
+bool TraceReader::readPacket(TraceLine *line)
+{
+    QString problem;
+    ++mNumber;
+    const bool isThere = mPackets->next(mFile, line, &problem);
+    readComment(mPackets->comment());
+    if (isThere)
+        return isInOrder(*line);
+    return problem.isEmpty() ? false : fail(problem);
+}
+
+bool TraceReader::readRaw(TraceLine *line)
+{
+    *line = {0, "raw", true, mFile.read(kMaxTraceBytes)};
+    if (line->bytes.isEmpty() && mFile.error() != QFileDevice::NoError)
+        return fail(mFile.errorString());
+    return !line->bytes.isEmpty();
+}
+
+// Counts what goes back. \returns true.
+bool TraceReader::isInOrder(const TraceLine &line)
+{
+    if (line.time < mTime && mBackwardSteps++ == 0)
+        mFirstBackward = mNumber;
+    mTime = line.time;
+    return true;
 }
 
 void TraceReader::readComment(const QByteArray &text)
@@ -156,33 +290,40 @@ void TraceReader::readComment(const QByteArray &text)
         mCar = car;
 }
 
-bool TraceReader::readText(QByteArray *text)
+bool TraceReader::readText()
 {
-    *text = mFile.readLine(kMaxText + 2); // One more than a good line, and one for Qt's end mark.
-    if (text->isEmpty()) {
+    mSize = mFile.readLine(mText, sizeof mText);
+    if (mSize <= 0) {
         if (mFile.error() != QFileDevice::NoError)
             fail(mFile.errorString());
         return false;
     }
     ++mNumber;
-    mLineEnded = text->endsWith('\n');
-    if (!mLineEnded && text->size() > kMaxText)
+    mLineEnded = mText[mSize - 1] == '\n';
+    if (!mLineEnded && mSize > kMaxTraceText)
         return fail(QStringLiteral("the line is longer than %1 bytes, the longest that a recording "
                                    "has; %2")
-                        .arg(kMaxText)
+                        .arg(kMaxTraceText)
                         .arg(kExample));
-    if (mNumber == 1 && text->startsWith("\xEF\xBB\xBF"))
-        text->remove(0, 3);
-    const QByteArray content = text->trimmed();
-    if (std::any_of(content.begin(), content.end(), isControl))
-        return fail(QStringLiteral("this is no text, and so no recording; %1").arg(kExample));
+    constexpr Text kByteOrderMark("\xEF\xBB\xBF");
+    if (mNumber == 1 && Text(mText, static_cast<std::size_t>(mSize)).substr(0, 3) == kByteOrderMark)
+        std::fill_n(mText, kByteOrderMark.size(), ' ');
     return true;
+}
+
+double TraceReader::progress() const
+{
+    return mFile.isSequential() || mFile.size() == 0
+               ? -1
+               : static_cast<double>(mFile.pos()) / static_cast<double>(mFile.size());
 }
 
 bool TraceReader::rewind()
 {
     if (!mFile.seek(0))
         return false;
+    if (mPackets)
+        mPackets->restart();
     mNumber = 0;
     mTime = 0;
     mBackwardSteps = 0;

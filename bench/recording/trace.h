@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 namespace bench {
@@ -31,6 +32,7 @@ struct TraceCar
 
 constexpr int kMaxTraceBytes = 4096;
 constexpr int kMaxTracePort = 255;
+constexpr int kMaxTraceText = 2 * kMaxTraceBytes + kMaxTracePort + 32;
 
 /// The line with its line end.
 QByteArray traceText(const TraceLine &line);
@@ -42,12 +44,21 @@ QString parseTraceText(const QByteArray &text, TraceLine *line);
 /// The comment without its line end.
 QByteArray traceText(const TraceCar &car);
 
+class PcapngReader;
+
 /// Reads a recording line by line, whatever the file holds, in memory that does not grow with it.
+/// What `export` made of a recording is one, too.
 class TraceReader
 {
 public:
+    enum Content {
+        Recording,
+        RawBytes, ///< Of the box, without times.
+    };
+
     /// Opens \p file; `-` is the standard input.
-    explicit TraceReader(const QString &file);
+    explicit TraceReader(const QString &file, Content content = Recording);
+    ~TraceReader();
 
     /// \returns false at the end and at the first error, which problem() tells then.
     bool next(TraceLine *line);
@@ -55,6 +66,10 @@ public:
     /// such as a pipe.
     bool rewind();
 
+    /// Whether the next line may be still to come, from a pipe.
+    bool isWaiting() const { return mFile.isSequential() && mFile.bytesAvailable() == 0; }
+    /// How much of the file is read, 0 to 1; -1 for a pipe.
+    double progress() const;
     /// `FILE:LINE: ...`; empty while all is well.
     QString problem() const { return mProblem; }
     /// What is strange and yet can be read; empty for nothing.
@@ -64,12 +79,20 @@ public:
 
 private:
     bool read(TraceLine *line);
+    bool readPacket(TraceLine *line);
+    bool readRaw(TraceLine *line);
+    bool isInOrder(const TraceLine &line);
     void readComment(const QByteArray &text);
-    bool readText(QByteArray *text);
+    bool readText();
     bool fail(const QString &what);
 
     const QString mName;
+    const Content mContent;
     QFile mFile;
+    std::unique_ptr<PcapngReader> mPackets; ///< Null for a text.
+    char mText[kMaxTraceText +
+               3]; ///< A line: one byte more than a good one, its end, and Qt's mark.
+    qint64 mSize = 0;
     std::optional<TraceLine> mAhead; ///< The first line, read with what is before it.
     std::optional<TraceCar> mCar;
     qint64 mNumber = 0;      ///< Of the latest line, counted from 1.

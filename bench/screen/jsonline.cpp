@@ -17,15 +17,15 @@ constexpr char kHex[] = "0123456789abcdef";
 constexpr ushort kReplacement = 0xFFFD;
 
 template <typename Number>
-void appendNumber(QByteArray *bytes, Number number)
+void appendNumber(std::string *bytes, Number number)
 {
     char digits[32];
     const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    bytes->append(digits, static_cast<int>(end - digits));
+    bytes->append(digits, end);
 }
 
 template <typename Number>
-void appendFinite(QByteArray *bytes, Number number)
+void appendFinite(std::string *bytes, Number number)
 {
     if (std::isfinite(number))
         appendNumber(bytes, number);
@@ -33,20 +33,12 @@ void appendFinite(QByteArray *bytes, Number number)
         bytes->append("null");
 }
 
-void appendAscii(QByteArray *bytes, const QChar *text, int size)
-{
-    const int before = bytes->size();
-    bytes->resize(before + size);
-    std::transform(text, text + size, bytes->data() + before,
-                   [](QChar c) { return char(c.unicode()); });
-}
-
-void appendJsonUnit(QByteArray *bytes, ushort unit)
+void appendJsonUnit(std::string *bytes, ushort unit)
 {
     switch (unit) {
     case '"':
     case '\\':
-        bytes->append('\\').append(char(unit));
+        *bytes += {'\\', char(unit)};
         return;
     case '\n':
         bytes->append("\\n");
@@ -60,44 +52,60 @@ void appendJsonUnit(QByteArray *bytes, ushort unit)
     default:
         bytes->append("\\u");
         for (int shift = 12; shift >= 0; shift -= 4)
-            bytes->append(kHex[unit >> shift & 0xF]);
+            *bytes += kHex[unit >> shift & 0xF];
     }
 }
 
-void appendJsonText(QByteArray *bytes, const QString &text)
+bool isPlain(ushort unit) { return unit >= ' ' && unit < 0x7F && unit != '"' && unit != '\\'; }
+
+void appendJsonText(std::string *bytes, const QString &text)
 {
     const auto isRaw = [&text](int at) {
         const ushort unit = text.at(at).unicode();
         return unit != '"' && unit != '\\' && isPrintable(text, at);
     };
-    bytes->append('"');
+    *bytes += '"';
     for (int at = 0; at < text.size();) {
+        for (; at < text.size() && isPlain(text.at(at).unicode()); ++at)
+            *bytes += char(text.at(at).unicode());
         const int first = at;
-        bool isAscii = true;
-        for (; at < text.size() && isRaw(at); ++at)
-            isAscii = isAscii && text.at(at).unicode() < 0x80;
-        if (isAscii)
-            appendAscii(bytes, text.constData() + first, at - first);
-        else
-            bytes->append(text.midRef(first, at - first).toUtf8());
+        while (at < text.size() && isRaw(at))
+            ++at;
+        if (at > first)
+            *bytes += text.midRef(first, at - first).toUtf8().toStdString();
         if (at < text.size()) {
             appendJsonUnit(bytes, text.at(at).isSurrogate() ? kReplacement : text.at(at).unicode());
             ++at;
         }
     }
-    bytes->append('"');
+    *bytes += '"';
 }
 
 } // namespace
 
+void appendDecimal(std::string *text, qint64 number, int places)
+{
+    char digits[32];
+    char *const end = digits + sizeof digits;
+    char *first = end;
+    quint64 rest = number < 0 ? 0 - quint64(number) : quint64(number);
+    for (; first > end - places - 2 || rest > 0; rest /= 10) {
+        if (first == end - places)
+            *--first = '.';
+        *--first = char('0' + rest % 10);
+    }
+    if (number < 0)
+        *--first = '-';
+    text->append(first, end);
+}
+
 JsonLine &JsonLine::begin()
 {
-    mBytes.resize(0); // Keeps the memory.
-    mBytes.append('{');
+    mBytes = '{'; // Keeps the memory.
     return *this;
 }
 
-const QByteArray &JsonLine::end() { return mBytes.append("}\n"); }
+const std::string &JsonLine::end() { return mBytes += "}\n"; }
 
 // A comma, unless this is the first in its object or array, or the value of a key. Texts end with
 // a quote, so that nothing of theirs is taken for a bracket.
@@ -105,13 +113,13 @@ void JsonLine::separate()
 {
     const char last = mBytes.back();
     if (last != '{' && last != '[' && last != ':')
-        mBytes.append(',');
+        mBytes += ',';
 }
 
 JsonLine &JsonLine::key(const char *name)
 {
     value(name);
-    mBytes.append(':');
+    mBytes += ':';
     return *this;
 }
 
@@ -154,11 +162,11 @@ JsonLine &JsonLine::value(const char *utf8)
 {
     separate();
     // Names are plain letters nearly always.
-    const bool isSimple = std::all_of(utf8, utf8 + std::strlen(utf8), [](char c) {
-        return c >= ' ' && c < 0x7F && c != '"' && c != '\\';
-    });
-    if (isSimple)
-        mBytes.append('"').append(utf8).append('"');
+    const char *end = utf8;
+    while (isPlain(quint8(*end)))
+        ++end;
+    if (*end == '\0')
+        (mBytes += '"').append(utf8, end) += '"';
     else
         appendJsonText(&mBytes, QString::fromUtf8(utf8));
     return *this;
@@ -192,41 +200,33 @@ JsonLine &JsonLine::value(const QVariant &value)
 JsonLine &JsonLine::seconds(qint64 microseconds)
 {
     separate();
-    if (microseconds < 0)
-        mBytes.append('-');
-    const quint64 distance = microseconds < 0 ? 0 - quint64(microseconds) : quint64(microseconds);
-    appendNumber(&mBytes, distance / 1'000'000);
-    char fraction[] = ".000000";
-    quint64 rest = distance % 1'000'000;
-    for (int digit = 6; digit > 0; --digit, rest /= 10)
-        fraction[digit] = char('0' + rest % 10);
-    mBytes.append(fraction, 7);
+    appendDecimal(&mBytes, microseconds, 6);
     return *this;
 }
 
 JsonLine &JsonLine::beginObject()
 {
     separate();
-    mBytes.append('{');
+    mBytes += '{';
     return *this;
 }
 
 JsonLine &JsonLine::endObject()
 {
-    mBytes.append('}');
+    mBytes += '}';
     return *this;
 }
 
 JsonLine &JsonLine::beginArray()
 {
     separate();
-    mBytes.append('[');
+    mBytes += '[';
     return *this;
 }
 
 JsonLine &JsonLine::endArray()
 {
-    mBytes.append(']');
+    mBytes += ']';
     return *this;
 }
 

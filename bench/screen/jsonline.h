@@ -1,13 +1,17 @@
 // JSON for programs that read line by line.
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 #include <QVariant>
 
+#include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace bench {
+
+/// A number of tenths, hundredths, ... with as many places behind the point.
+void appendDecimal(std::string *text, qint64 number, int places);
 
 /// One object on one line of JSON, built in memory that is used again for the next.
 ///
@@ -21,7 +25,7 @@ class JsonLine
 public:
     JsonLine &begin();
     /// \returns the whole line with its line end, until the next begin().
-    const QByteArray &end();
+    const std::string &end();
 
     JsonLine &key(const char *name);
     JsonLine &value(bool value);
@@ -53,7 +57,7 @@ public:
 private:
     void separate();
 
-    QByteArray mBytes;
+    std::string mBytes;
 };
 
 } // namespace bench

@@ -22,7 +22,7 @@ protected:
     qint64 readData(char *, qint64) override { return -1; }
     qint64 writeData(const char *bytes, qint64 size) override
     {
-        standardOutput().bytes(QByteArray::fromRawData(bytes, static_cast<int>(size)));
+        standardOutput().bytes(std::string_view(bytes, static_cast<std::size_t>(size)));
         return size;
     }
 };
@@ -43,11 +43,11 @@ void Output::text(const QString &text)
         line(part.toString());
 }
 
-void Output::bytes(const QByteArray &bytes)
+void Output::bytes(std::string_view bytes)
 {
     if (isLost())
         return;
-    mBuffer += bytes;
+    mBuffer.append(bytes.data(), static_cast<int>(bytes.size()));
     if (mDescriptor == STDERR_FILENO) {
         standardOutput().flush();
         flush();

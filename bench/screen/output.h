@@ -6,6 +6,8 @@
 
 #include <QIODevice>
 
+#include <string_view>
+
 namespace bench {
 
 /// A standard stream with a buffer. The first write that fails is told on standard error; what
@@ -22,7 +24,11 @@ public:
     /// Lines of our own making, each of them printable.
     void text(const QString &text);
     /// Bytes that are valid in their format, as of a JsonLine.
-    void bytes(const QByteArray &bytes);
+    void bytes(std::string_view bytes);
+    void bytes(const QByteArray &bytes)
+    {
+        this->bytes(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+    }
 
     /// Whoever follows a pipe live sees what there is. \returns false when output was lost.
     bool flush();

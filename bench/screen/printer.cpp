@@ -2,6 +2,7 @@
 
 #include "bench/screen/output.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace bench {
@@ -9,6 +10,57 @@ namespace bench {
 namespace {
 
 qint64 microseconds(double seconds) { return static_cast<qint64>(std::llround(seconds * 1e6)); }
+
+// What follows appends to a line, printable and as UTF-8.
+
+void append(std::string *line, const QString &text)
+{
+    int at = 0;
+    for (; at < text.size() && text.at(at) >= QLatin1Char(' ') && text.at(at) < QChar(0x7F); ++at)
+        *line += text.at(at).toLatin1();
+    if (at < text.size())
+        *line += printable(text.mid(at)).toStdString();
+}
+
+void pad(std::string *line, std::size_t size)
+{
+    if (line->size() < size)
+        line->append(size - line->size(), ' ');
+}
+
+// To the millisecond, at the right of nine places.
+void appendTime(std::string *line, double seconds)
+{
+    const std::size_t start = line->size();
+    appendDecimal(line, (microseconds(seconds) + 500) / 1000, 3);
+    const std::size_t size = line->size() - start;
+    line->insert(start, 9 - std::min<std::size_t>(size, 9), ' ');
+    *line += "  ";
+}
+
+void appendHex(std::string *line, quint8 byte)
+{
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    *line += kDigits[byte >> 4];
+    *line += kDigits[byte & 0xF];
+}
+
+void appendHex(std::string *line, const QByteArray &bytes, const char *separator = "")
+{
+    for (int i = 0; i < bytes.size(); ++i) {
+        if (i > 0)
+            *line += separator;
+        appendHex(line, canbox::byteAt(bytes, i));
+    }
+}
+
+// hexByte().
+std::string typeText(quint8 byte)
+{
+    std::string text = "0x";
+    appendHex(&text, byte);
+    return text;
+}
 
 QString argumentText(const QVector<Value> &arguments)
 {
@@ -18,38 +70,72 @@ QString argumentText(const QVector<Value> &arguments)
     return texts.join(QStringLiteral(", "));
 }
 
-QString changeText(const QVector<Change> &changes)
+// A field of a row of CSV.
+void appendField(std::string *line, const QString &text)
 {
-    QStringList texts;
-    for (const Change &change : changes)
-        texts += QStringLiteral("%1: %2 -> %3")
-                     .arg(QLatin1String(getter(change.getter).name), change.beforeText(),
-                          change.afterText());
-    return texts.join(QStringLiteral(", "));
+    const bool isPlain = std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c >= QLatin1Char(' ') && c < QChar(0x7F) && c != QLatin1Char('"') &&
+               c != QLatin1Char(',');
+    });
+    if (isPlain)
+        append(line, text);
+    else
+        *line += csvField(text).toStdString();
 }
 
-QString linkText(int code)
+void appendChanges(std::string *line, const QVector<Change> &changes)
 {
-    return code == 3   ? QStringLiteral("the box answers")
-           : code == 0 ? QStringLiteral("the link is lost")
-                       : QString();
+    for (const Change &change : changes) {
+        *line += &change != changes.begin() ? ", " : "";
+        *line += getter(change.getter).name;
+        *line += ": ";
+        append(line, change.beforeText());
+        *line += " -> ";
+        append(line, change.afterText());
+    }
 }
 
-QString eventText(const Event &event, const StateWatch &state)
+const char *linkText(int code)
+{
+    return code == 3 ? "the box answers" : code == 0 ? "the link is lost" : "";
+}
+
+void appendMeaning(std::string *line, const Event &event, const StateWatch &state)
 {
     if (event.name == QLatin1String("device"))
-        return plainText(event.arguments.value(1));
-    if (event.name == QLatin1String("cluster"))
-        return QStringLiteral("shows '%1' '%2' '%3' '%4'")
-            .arg(plainText(event.arguments.value(0)), plainText(event.arguments.value(1)),
-                 plainText(event.arguments.value(2)), plainText(event.arguments.value(3)));
-    if (event.isLink())
-        return linkText(std::get<int>(event.arguments.first()));
-    if (event.name == QLatin1String("acStatusChanged"))
-        return climateLine(state);
-    if (event.name == QLatin1String("sigVersionData"))
-        return state.text("version");
-    return changeText(event.changes);
+        append(line, plainText(event.arguments.value(1)));
+    else if (event.name == QLatin1String("cluster"))
+        append(line,
+               QStringLiteral("shows '%1' '%2' '%3' '%4'")
+                   .arg(plainText(event.arguments.value(0)), plainText(event.arguments.value(1)),
+                        plainText(event.arguments.value(2)), plainText(event.arguments.value(3))));
+    else if (event.isLink())
+        *line += linkText(std::get<int>(event.arguments.first()));
+    else if (event.name == QLatin1String("acStatusChanged"))
+        append(line, climateLine(state));
+    else if (event.name == QLatin1String("sigVersionData"))
+        append(line, state.text("version"));
+    else
+        appendChanges(line, event.changes);
+}
+
+void appendEvent(std::string *line, const Event &event, const StateWatch &state)
+{
+    constexpr std::size_t kCallSize = 24;
+    appendTime(line, event.seconds);
+    const std::size_t call = line->size();
+    append(line, event.name);
+    if (event.isLink() || event.name == QLatin1String("keyEvent")) {
+        *line += '(';
+        append(line, argumentText(event.arguments));
+        *line += ')';
+    }
+    const std::size_t end = line->size();
+    pad(line, call + kCallSize);
+    const std::size_t meaning = line->size();
+    appendMeaning(line, event, state);
+    if (line->size() == meaning)
+        line->resize(end); // No blanks before nothing.
 }
 
 const char *kindName(LineItem::Kind kind)
@@ -88,21 +174,24 @@ QString csvName(bool fromBox, quint8 dataType)
     return name == QLatin1String("unknown") ? hexByte(dataType) : name;
 }
 
-QString itemText(bool fromBox, const LineItem &item)
+void appendItem(std::string *line, bool fromBox, const LineItem &item)
 {
-    const QString kind = QLatin1String(kindName(item.kind));
-    const QString bytes = QString::fromLatin1(item.bytes.toHex(' ').toUpper());
-    if (item.kind == LineItem::GoodReceipt || item.kind == LineItem::BadReceipt)
-        return kind;
-    if (!isFrame(item))
-        return QStringLiteral("%1 %2").arg(kind, bytes);
-    const QString frame = QStringLiteral("%1 %2 %3")
-                              .arg(hexByte(item.dataType), frameName(fromBox, item.dataType),
-                                   bytes.isEmpty() ? QStringLiteral("without payload") : bytes);
-    if (item.kind == LineItem::Frame)
-        return frame;
-    return QStringLiteral("%1, bad checksum %2 instead of %3")
-        .arg(frame, hexByte(item.received), hexByte(item.expected));
+    if (!isFrame(item)) {
+        *line += kindName(item.kind);
+        if (item.kind == LineItem::GoodReceipt || item.kind == LineItem::BadReceipt)
+            return;
+        *line += ' ';
+        return appendHex(line, item.bytes, " ");
+    }
+    *line += typeText(item.dataType) + ' ';
+    append(line, frameName(fromBox, item.dataType));
+    *line += ' ';
+    if (item.bytes.isEmpty())
+        *line += "without payload";
+    appendHex(line, item.bytes, " ");
+    if (item.kind == LineItem::BadChecksum)
+        *line +=
+            ", bad checksum " + typeText(item.received) + " instead of " + typeText(item.expected);
 }
 
 void add(JsonLine &json, const Value &value)
@@ -179,29 +268,31 @@ QString climateLine(const StateWatch &state)
 
 QString eventLine(const Event &event, const StateWatch &state)
 {
-    const bool hasArguments = event.isLink() || event.name == QLatin1String("keyEvent");
-    const QString arguments =
-        hasArguments ? QStringLiteral("(%1)").arg(argumentText(event.arguments)) : QString();
-    const QString text = eventText(event, state);
-    const QString call = event.name + arguments;
-    return QStringLiteral("%1  %2")
-        .arg(event.seconds, 9, 'f', 3)
-        .arg(text.isEmpty() ? call : call.leftJustified(24) + text);
+    std::string line;
+    appendEvent(&line, event, state);
+    return QString::fromStdString(line);
+}
+
+void Printer::put(std::string_view lines)
+{
+    putBytes(lines);
+    if (mLive && !mSink)
+        standardOutput().flush(); // Whoever reads the pipe follows.
 }
 
 void Printer::put(const QString &line)
 {
-    if (mSink)
-        return mSink(printable(line).toUtf8() + '\n');
-    standardOutput().line(line);
-    standardOutput().flush(); // Whoever reads the pipe follows live.
+    mLine.clear();
+    append(&mLine, line);
+    put(mLine += '\n');
 }
 
-void Printer::putBytes(const QByteArray &line)
+void Printer::putBytes(std::string_view lines)
 {
     if (mSink)
-        return mSink(line);
-    standardOutput().bytes(line);
+        mSink(QByteArray(lines.data(), static_cast<int>(lines.size())));
+    else
+        standardOutput().bytes(lines);
 }
 
 // Code 3 comes with every frame.
@@ -221,7 +312,9 @@ void Printer::print(const Event &event, const StateWatch &state)
         return;
     switch (mFormat) {
     case Text:
-        put(eventLine(event, state));
+        mLine.clear();
+        appendEvent(&mLine, event, state);
+        put(mLine += '\n');
         break;
     case Json:
         printJson(event);
@@ -242,19 +335,24 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
         printJson(fromBox, item, seconds);
         break;
     case Csv:
-        row(seconds, fromBox ? "box" : "host", kindName(item.kind),
-            isFrame(item) ? csvName(fromBox, item.dataType) : QString(),
-            QString::fromLatin1(item.bytes.toHex().toUpper()), QStringLiteral("hex"));
+        beginRow(seconds, fromBox ? "box" : "host", kindName(item.kind));
+        if (isFrame(item))
+            append(&mLine, csvName(fromBox, item.dataType));
+        mLine += ',';
+        appendHex(&mLine, item.bytes);
+        mLine += ",hex";
+        endRow();
         break;
     }
 }
 
 void Printer::printText(bool fromBox, const LineItem &item, double seconds)
 {
-    put(QStringLiteral("%1  %2 %3")
-            .arg(seconds, 9, 'f', 3)
-            .arg(QLatin1String(fromBox ? "box >" : "host >"), -6)
-            .arg(itemText(fromBox, item)));
+    mLine.clear();
+    appendTime(&mLine, seconds);
+    mLine += fromBox ? "box >  " : "host > ";
+    appendItem(&mLine, fromBox, item);
+    put(mLine += '\n');
 }
 
 JsonLine &Printer::beginJson(double seconds)
@@ -267,15 +365,18 @@ JsonLine &Printer::beginJson(double seconds)
 
 void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
 {
+    mLine.clear();
+    appendHex(&mLine, item.bytes);
     beginJson(seconds)
         .member("item", kindName(item.kind))
         .member("from", fromBox ? "box" : "host")
-        .member("bytes", item.bytes.toHex().toUpper().constData());
+        .member("bytes", mLine.c_str());
     if (isFrame(item))
-        mJson.member("type", hexByte(item.dataType))
+        mJson.member("type", typeText(item.dataType).c_str())
             .member("name", frameName(fromBox, item.dataType));
     if (item.kind == LineItem::BadChecksum)
-        mJson.member("received", hexByte(item.received)).member("expected", hexByte(item.expected));
+        mJson.member("received", typeText(item.received).c_str())
+            .member("expected", typeText(item.expected).c_str());
     putBytes(mJson.end());
 }
 
@@ -296,37 +397,46 @@ void Printer::printJson(const Event &event)
             mJson.member("unit", after.unit);
         mJson.endObject();
     }
-    putBytes(mJson.endObject().end());
-    standardOutput().flush();
+    put(mJson.endObject().end());
 }
 
 // One row a value, so that a program filters by name.
-void Printer::row(double seconds, const char *source, const char *kind, const QString &name,
-                  const QString &value, const QString &unit)
+void Printer::beginRow(double seconds, const char *source, const char *kind)
 {
-    QByteArray bytes;
+    mLine.clear();
     if (!std::exchange(mHasHead, true))
-        bytes += "seconds,epoch,source,kind,name,value,unit\n";
-    bytes += QByteArray::number(seconds, 'f', 6) + ',';
-    bytes += QByteArray::number(static_cast<double>(mOrigin + microseconds(seconds)) / 1e6, 'f', 6);
-    for (const QString &field :
-         {QString(QLatin1String(source)), QString(QLatin1String(kind)), name, value, unit}) {
-        bytes += ',';
-        appendCsvField(&bytes, field);
+        mLine += "seconds,epoch,source,kind,name,value,unit\n";
+    appendDecimal(&mLine, microseconds(seconds), 6);
+    mLine += ',';
+    appendDecimal(&mLine, mOrigin + microseconds(seconds), 6);
+    for (const char *field : {source, kind}) {
+        mLine += ',';
+        mLine += field;
     }
-    putBytes(bytes + '\n');
+    mLine += ',';
 }
+
+void Printer::endRow() { putBytes(mLine += '\n'); }
 
 void Printer::printCsv(const Event &event)
 {
     const bool isSignal = findSignal(event.name) >= 0;
-    row(event.seconds, "service", isSignal ? "signal" : "event", event.name,
-        argumentText(event.arguments));
+    beginRow(event.seconds, "service", isSignal ? "signal" : "event");
+    appendField(&mLine, event.name);
+    mLine += ',';
+    appendField(&mLine, argumentText(event.arguments));
+    mLine += ',';
+    endRow();
     for (const Change &change : event.changes) {
         const Getter &row = getter(change.getter);
         const Reading after = row.reading(change.after, change.unitAfter);
-        this->row(event.seconds, "service", "value", QLatin1String(row.name), fieldText(after),
-                  after.unit);
+        beginRow(event.seconds, "service", "value");
+        mLine += row.name;
+        mLine += ',';
+        appendField(&mLine, fieldText(after));
+        mLine += ',';
+        appendField(&mLine, after.unit);
+        endRow();
     }
 }
 
@@ -334,10 +444,10 @@ void Printer::note(double seconds, const char *source, const QString &text,
                    const QVector<QPair<const char *, Value>> &members)
 {
     if (mFormat == Text) {
-        put(QStringLiteral("%1  %2 %3")
-                .arg(seconds, 9, 'f', 3)
-                .arg(QLatin1String(source), -6)
-                .arg(text));
+        mLine.clear();
+        appendTime(&mLine, seconds);
+        append(&mLine, QStringLiteral("%1 %2").arg(QLatin1String(source), -6).arg(text));
+        put(mLine += '\n');
     } else if (mFormat == Json) {
         beginJson(seconds).member("event", source);
         for (const auto &member : members)
@@ -349,7 +459,7 @@ void Printer::note(double seconds, const char *source, const QString &text,
 void Printer::heading(const QString &text, double seconds)
 {
     if (mFormat == Text)
-        return put({}), put(QStringLiteral("-- ") + text);
+        return put(std::string_view("\n")), put(QStringLiteral("-- ") + text);
     if (mFormat == Json)
         putBytes(beginJson(seconds).member("say", text).end());
 }
@@ -388,7 +498,7 @@ void Printer::print(const char *name, const QVector<QPair<QString, qint64>> &cou
 
 void Printer::printText(const Summary &summary, double seconds)
 {
-    put({});
+    put(std::string_view("\n"));
     put(QStringLiteral("After %1 s").arg(seconds, 0, 'f', 1));
     printFrames("frames from the box", summary.fromBox, inboundName);
     printFrames("frames to the box", summary.toBox, outboundName);

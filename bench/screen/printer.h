@@ -30,6 +30,9 @@ public:
     Format format() const { return mFormat; }
     /// Leaves out link codes that only repeat the one before.
     void setTerse(bool on) { mTerse = on; }
+    /// Whether each line of text and each event goes out at once, for whoever follows; else lines
+    /// go out as the buffer fills. On at first.
+    void setLive(bool on) { mLive = on; }
     /// The moment from which seconds count, in microseconds since 1970.
     void setOrigin(qint64 microseconds) { mOrigin = microseconds; }
 
@@ -49,15 +52,16 @@ public:
     void print(const char *name, const QVector<QPair<QString, qint64>> &counts);
 
 private:
+    void put(std::string_view lines);
     void put(const QString &line);
-    void putBytes(const QByteArray &line);
+    void putBytes(std::string_view lines);
     bool isRepetition(const Event &event);
     void printJson(const Event &event);
     void printCsv(const Event &event);
     void printText(bool fromBox, const LineItem &item, double seconds);
     void printJson(bool fromBox, const LineItem &item, double seconds);
-    void row(double seconds, const char *source, const char *kind, const QString &name,
-             const QString &value, const QString &unit = {});
+    void beginRow(double seconds, const char *source, const char *kind);
+    void endRow();
     void printText(const Summary &summary, double seconds);
     void printFrames(const char *what, const LineCounts &counts, QString (*nameOf)(quint8));
     void printCount(int indent, const QString &what, qint64 count);
@@ -70,7 +74,9 @@ private:
     bool mHasHead = false;
     int mLinkCode = -1;
     qint64 mOrigin = 0;
+    bool mLive = true;
     JsonLine mJson;
+    std::string mLine; ///< Used again for each line.
 };
 
 } // namespace bench

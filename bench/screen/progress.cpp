@@ -36,6 +36,17 @@ void Progress::show(double elapsed, std::optional<double> total)
         std::fprintf(stderr, "%.1f s, until Ctrl-C", elapsed);
 }
 
+void Progress::showShare(double share)
+{
+    const int percent = static_cast<int>(100 * share);
+    if (!mVisible || percent == mPercent)
+        return;
+    clear();
+    mShown = true;
+    mPercent = percent;
+    std::fprintf(stderr, "%d %%", percent);
+}
+
 void Progress::clear()
 {
     if (!mShown)

@@ -1,5 +1,6 @@
 #include "bench/wire/linecutter.h"
 
+#include <limits>
 #include <numeric>
 
 namespace bench {
@@ -7,6 +8,12 @@ namespace bench {
 namespace {
 
 constexpr qint64 kFrameTimeout = 500'000; // us
+constexpr int kLength = 2;                // Where the length byte is in a frame.
+
+const LineItem kGoodReceipt{LineItem::GoodReceipt, 0,
+                            QByteArray(1, static_cast<char>(canbox::kReceiptGood))};
+const LineItem kBadReceipt{LineItem::BadReceipt, 0,
+                           QByteArray(1, static_cast<char>(canbox::kReceiptBad))};
 
 } // namespace
 
@@ -43,14 +50,16 @@ void LineCutter::take(const QByteArray &bytes, qint64 time)
 
 void LineCutter::cutFrame()
 {
-    while (mNext < mChunk.size() && !cutByte()) {
+    while (mNext < mChunk.size() && !cutNext()) {
     }
 }
 
 void LineCutter::cutAll()
 {
     while (mNext < mChunk.size())
-        cutByte();
+        cutNext();
+    mChunk.clear(); // Whoever has made the chunk may use its memory again.
+    mNext = 0;
     flushNoise();
 }
 
@@ -66,16 +75,17 @@ void LineCutter::reset()
     mOpen.resize(0);
 }
 
-// \returns whether the byte has ended a frame.
-bool LineCutter::cutByte()
+// Cuts a byte between frames, or what the chunk has of a frame. \returns whether a frame has ended.
+bool LineCutter::cutNext()
 {
-    const quint8 byte = canbox::byteAt(mChunk, mNext++);
     if (!isFrameOpen()) {
-        cutBetweenFrames(byte);
+        cutBetweenFrames(canbox::byteAt(mChunk, mNext++));
         return false;
     }
-    mOpen.append(static_cast<char>(byte));
-    if (!endsFrame())
+    const int size = qMin(missingBytes(), mChunk.size() - mNext);
+    mOpen.append(mChunk.constData() + mNext, size);
+    mNext += size;
+    if (missingBytes() > 0)
         return false;
     endFrame();
     return true;
@@ -90,21 +100,22 @@ void LineCutter::cutBetweenFrames(quint8 byte)
     } else if (mListener == Box && (isGood || byte == canbox::kReceiptBad)) {
         flushNoise();
         ++(isGood ? mCounts.goodReceipts : mCounts.badReceipts);
-        emit item({isGood ? LineItem::GoodReceipt : LineItem::BadReceipt, 0,
-                   QByteArray(1, static_cast<char>(byte))});
+        emit item(isGood ? kGoodReceipt : kBadReceipt);
     } else {
         ++mCounts.noiseBytes;
         mNoise.append(static_cast<char>(byte));
     }
 }
 
-bool LineCutter::endsFrame() const
+// Up to the length byte, and from there to the end of the frame that is open.
+int LineCutter::missingBytes() const
 {
-    constexpr int kLength = 2; // Where the length byte is.
     if (mOpen.size() <= kLength)
-        return false;
+        return kLength + 1 - mOpen.size();
     const int length = canbox::byteAt(mOpen, kLength);
-    return mOpen.size() == length + 4 && (length > 0 || mListener == Box);
+    if (length == 0 && mListener == Host)
+        return std::numeric_limits<int>::max();
+    return length + 4 - mOpen.size();
 }
 
 void LineCutter::endFrame()

@@ -70,9 +70,9 @@ signals:
     void item(const bench::LineItem &item);
 
 private:
-    bool cutByte();
+    bool cutNext();
     void cutBetweenFrames(quint8 byte);
-    bool endsFrame() const;
+    int missingBytes() const;
     void endFrame();
     void flushNoise();
     void giveUp();
