@@ -37,7 +37,7 @@ _canbench()
     *" --plugin" | *" --output" | *" -o") _canbench_files so ;;
     *" --trace") _canbench_files trace ;;
     *" --scenario") _canbench_files scenario ;;
-    *" --report" | *" --junit" | *" --link" | *" --control" | "send "*) _canbench_files html ;;
+    *" --report" | *" --junit" | *" --link" | *" --control") _canbench_files html ;;
     *" --device") COMPREPLY=($(compgen -f -- "${word:-/dev/tty}")) ;;
     *" --format") COMPREPLY=($(compgen -W "candump pcapng html" -- "$word")) ;;
     *" --set")
