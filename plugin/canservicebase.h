@@ -5,8 +5,8 @@
 // names are the contract's own. An operation with a body answers that a service lacks the function.
 //
 // There is one thread: that of the event loop in which the service was made. Every call comes from
-// there, every signal goes out there, and nothing is locked; the service cannot be moved to another.
-// To delete it from within one of its signals, call deleteLater().
+// there, every signal goes out there, and nothing is locked; the service cannot be moved to
+// another. To delete it from within one of its signals, call deleteLater().
 #pragma once
 
 #include "hostexport.h"

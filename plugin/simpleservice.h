@@ -243,6 +243,12 @@ private:
 
     // protocol/receiveparser.cpp: the stored numbers appear in the log.
     enum ParseState { Idle = 0, AwaitLength = 2, AwaitType = 3, Payload = 4, AwaitChecksum = 5 };
+    struct Chunk
+    {
+        const quint8 *begin, *end;
+        Chunk *newer;
+    };
+    inline void appendChunk(Chunk &chunk);
     inline bool beginChunk();          ///< \returns false when no chunk waits.
     inline bool takeByte(quint8 byte); ///< \returns whether it is a frame's checksum.
     inline void takePayloadByte(quint8 byte);
@@ -312,11 +318,6 @@ private:
         QByteArray *payload = nullptr;
     } mSteps;
     const quint8 *mNextByte = nullptr, *mEndOfChunk = nullptr;
-    struct Chunk
-    {
-        const quint8 *begin, *end;
-        Chunk *newer;
-    };
     Chunk *mWaiting = nullptr; ///< The oldest.
     Chunk **mLastWaiting = &mWaiting;
 

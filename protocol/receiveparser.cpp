@@ -18,9 +18,7 @@ void SimpleService::onDataReady(QByteArray buf)
     LOG_DEBUG_IF(debugging) << buf.toHex();
 
     Chunk chunk{canbox::bytesOf(buf), canbox::bytesOf(buf) + buf.size(), nullptr};
-    *mLastWaiting = &chunk;
-    mLastWaiting = &chunk.newer;
-
+    appendChunk(chunk);
     finishFrame();
     do {
         const quint8 *byte = mNextByte;
@@ -35,6 +33,13 @@ void SimpleService::onDataReady(QByteArray buf)
         }
         mNextByte = byte;
     } while (beginChunk());
+}
+
+// Before the call that has the chunk returns, no chunk waits.
+inline void SimpleService::appendChunk(Chunk &chunk)
+{
+    *mLastWaiting = &chunk;
+    mLastWaiting = &chunk.newer;
 }
 
 inline bool SimpleService::beginChunk()

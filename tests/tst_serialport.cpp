@@ -23,12 +23,13 @@ using canservice::SerialPort;
 // Stand before the C library's own, which do the rest.
 static int sTaken = -1; // What the next writes take at most, byte by byte counted; -1: no limit.
 static bool sRefuse = false; // What is beyond that is refused, or else taken as nothing.
+static size_t sAtOnce = SIZE_MAX;
 static int sTerminalError = 0;
 
 extern "C" ssize_t write(int file, const void *bytes, size_t size)
 {
     if (sTaken < 0)
-        return syscall(SYS_write, file, bytes, size);
+        return syscall(SYS_write, file, bytes, std::min(size, sAtOnce));
     if (sTaken == 0 && sRefuse) {
         errno = EAGAIN;
         return -1;
@@ -289,6 +290,11 @@ private slots:
             }
         }
         QCOMPARE(logLines.size(), 4); // A stall each, which the next write ends.
+        box.got.clear();
+        sAtOnce = 1; // Piece by piece, but all of it.
+        QVERIFY(port.writeData("ijkl", false));
+        sAtOnce = SIZE_MAX;
+        QTRY_COMPARE(box.got, QByteArray("ijkl"));
         sTaken = 0;
         sRefuse = true;
         QVERIFY(port.writeData(QByteArray(4096, 'g'), false)); // As much as may wait.
