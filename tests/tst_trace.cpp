@@ -124,7 +124,7 @@ const struct
      "test.trace:2: "},
     {"unknown format", "export --format pcap TRACE", 2, "", "--format needs candump, pcapng or"},
     {"no room", "export --format pcapng -o /dev/full TRACE", 1, "", "/dev/full: No space"},
-    {"unknown type", "replay --only 0x24,wheels TRACE", 2, "", "no frame type 'wheels'"},
+    {"unknown type", "replay --only 0x24,wheels TRACE", 2, "", "no frame 'wheels'"},
     {"no speed", "replay --speed 0 TRACE", 2, "", "--speed needs"},
     {"window behind the end", "replay --from 9 TRACE", 1, "", "ends after 0.000000 s"},
     {"missing device", "replay --device /missing TRACE", 1, "", "no such device"},
