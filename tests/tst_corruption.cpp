@@ -198,12 +198,14 @@ private slots:
             stream += hex(row.frame);
         using Base = CanServiceBase;
         const auto check = [&stream](auto signal) {
-            QPointer<SimpleService> service = new SimpleService;
+            auto *service = new SimpleService;
+            const QPointer<SimpleService> watch(service);
             connect(service, signal, service, &QObject::deleteLater);
             emit ServiceProbe(*service).port.read(stream);
-            QVERIFY(service && service->version() == "V12");
+            QVERIFY(watch);
+            QCOMPARE(watch->version(), QString("V12"));
             QCoreApplication::sendPostedEvents(service, QEvent::DeferredDelete);
-            QVERIFY(!service);
+            QVERIFY(!watch);
         };
         check(&Base::notifyCanbusStatus);
         check(&Base::keyEvent);
