@@ -69,6 +69,7 @@ const struct
     {"a report over the scenario", "play --force --junit FILE FILE", 1, "is read by this command"},
     {"a folder without scenarios", "play /dev", 1, "no *.scenario file"},
     {"a tap of one device", "tap x x", 2, "two devices"},
+    {"a tap that pulls cables", "tap --faults unplug x y", 2, "cannot have 'unplug'"},
     {"a tap of what is not there", "tap /nonexistent1 /nonexistent2", 1, "cannot open"},
     {"nobody to send to", "send /nonexistent get", 1, "cannot reach a bench"},
 };
@@ -239,6 +240,24 @@ private slots:
         Bench box({"box", "--link", path("stale")});
         QVERIFY(box.tells("box at"));
         QVERIFY(QFileInfo::exists(path("stale")));
+    }
+
+    void aTapSpoilsOneDirectionOnDemand()
+    {
+        PseudoTerminal host, box;
+        Bench tap({"tap", "--faults", "checksum=1", host.device(), box.device()});
+        QVERIFY(tap.tells("the box is there"));
+        const QByteArray frame = hex("2e6102053c5b");
+        QByteArray toBox, toHost;
+        connect(&box, &SerialLine::received, this, [&](const QByteArray &b) { toBox += b; });
+        connect(&host, &SerialLine::received, this, [&](const QByteArray &b) { toHost += b; });
+        host.write(frame);
+        box.write("\xff" + frame.left(4));
+        box.write(frame.mid(4) + frame.left(2)); // A frame that does not go on is let go.
+        QTRY_COMPARE(toBox, frame);
+        QTRY_COMPARE(toHost.size(), 9);
+        QCOMPARE(toHost.left(6), "\xff" + frame.chopped(1));
+        QVERIFY(toHost.at(6) != frame.back() && toHost.endsWith(frame.left(2)));
     }
 
     void aTapChangesNothing()

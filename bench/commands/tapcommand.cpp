@@ -2,8 +2,11 @@
 #include "bench/box/serialdevice.h"
 #include "bench/commands/controlchannel.h"
 #include "bench/commands/sessionrun.h"
+#include "bench/language/parser.h"
 #include "bench/screen/output.h"
 #include "bench/wire/linecutter.h"
+#include "bench/wire/linespoiler.h"
+#include "bench/wire/reports.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -82,6 +85,21 @@ public:
         return {};
     }
 
+    /// Spoils a direction from now on.
+    /// \returns an empty text, or a fault that cannot be had here.
+    QString spoil(bool isFromBox, const FaultPlan &plan, quint32 seed)
+    {
+        auto &spoiler = isFromBox ? mSpoilerFromBox : mSpoilerToBox;
+        spoiler = std::make_unique<LineSpoiler>(seed);
+        SerialDevice &to = isFromBox ? mHost : mBox;
+        QObject::connect(spoiler.get(), &LineSpoiler::passed, &to,
+                         [this, &to, isFromBox](const QByteArray &bytes) {
+                             to.write(bytes);
+                             pass(isFromBox, bytes);
+                         });
+        return spoiler->setPlan(plan);
+    }
+
     TraceRecorder &recorder() { return mRecorder; }
     ControlChannel &channel() { return mChannel; }
 
@@ -92,6 +110,10 @@ public:
         summary.toBox = mToBox.counts();
         mPrinter.print(summary, seconds());
         mPrinter.print("delay in us", mDelays->summary());
+        if (mSpoilerFromBox)
+            mPrinter.print("faults from the box", mSpoilerFromBox->summary());
+        if (mSpoilerToBox)
+            mPrinter.print("faults to the box", mSpoilerToBox->summary());
         const qint64 lost = mHost.lostBytes() + mBox.lostBytes();
         if (lost > 0)
             code = fail(QStringLiteral("%1 bytes are lost, because the other side was away or did "
@@ -105,17 +127,25 @@ public:
 private:
     double seconds() const { return static_cast<double>(mClock.nanoseconds()) / 1e9; }
 
+    // What a side has got: recorded and shown.
+    void pass(bool isFromBox, const QByteArray &bytes)
+    {
+        mRecorder.record(isFromBox, bytes);
+        (isFromBox ? mFromBox : mToBox).feed(bytes, mClock.microseconds());
+    }
+
     // The bytes go on before anything else is done with them.
     void connectLines(SerialDevice &from, SerialDevice &to, bool isFromBox)
     {
         LineCutter &cutter = isFromBox ? mFromBox : mToBox;
         QObject::connect(&from, &SerialLine::received,
-                         [this, &to, &cutter, isFromBox](const QByteArray &bytes) {
+                         [this, &to, isFromBox](const QByteArray &bytes) {
                              const qint64 begin = mClock.nanoseconds();
+                             if (const auto &spoiler = isFromBox ? mSpoilerFromBox : mSpoilerToBox)
+                                 return spoiler->feed(bytes, begin / 1000);
                              to.write(bytes);
                              mDelays->add((mClock.nanoseconds() - begin) / 1000);
-                             mRecorder.record(isFromBox, bytes);
-                             cutter.feed(bytes, begin / 1000);
+                             pass(isFromBox, bytes);
                          });
         QObject::connect(&cutter, &LineCutter::item, [this, isFromBox](const LineItem &item) {
             mPrinter.print(isFromBox, item, seconds());
@@ -137,12 +167,26 @@ private:
     SerialDevice mHost, mBox;
     LineCutter mFromBox{LineCutter::Host};
     LineCutter mToBox{LineCutter::Box};
+    std::unique_ptr<LineSpoiler> mSpoilerFromBox, mSpoilerToBox; ///< Null: as it is.
     ControlChannel mChannel{Stage()};
     Printer mPrinter;
     Printer mEventPrinter;
     TraceRecorder mRecorder;
     std::unique_ptr<Delays> mDelays = std::make_unique<Delays>();
 };
+
+// The faults of an option. \returns an empty text, or what is wrong with them.
+QString readPlan(const QString &text, FaultPlan *plan)
+{
+    Scenario scenario;
+    ParseContext context{&scenario};
+    const QString problem = readFaultOption(text, context);
+    for (const Step &step : qAsConst(scenario.steps))
+        if (const auto *rates = std::get_if<steps::FaultRates>(&step.action))
+            for (const auto &rate : rates->rates)
+                plan->rate(rate.first) = rate.second;
+    return problem;
+}
 
 } // namespace
 
@@ -159,6 +203,12 @@ int tapCommand(const QStringList &arguments)
     line.addPositionalArgument("BOX-DEVICE", "The serial device that the box is at.");
     line.addOptions({
         {"duration", "End after S seconds; without it, on Ctrl-C.", "S"},
+        {"faults",
+         "Spoil what comes from the box: KIND[=RATE],... with faults of bytes and frames, "
+         "bit-flip to flood; RATE is a probability per frame (default 0.02).",
+         "KINDS"},
+        {"faults-to-box", "The same for what goes to the box.", "KINDS"},
+        {"seed", "The same seed gives the same faults (default 1).", "N"},
         {"control", kControlHelp, "PATH"},
         {"trace", "Record the serial line to the trace FILE.", "FILE"},
         {"force", "Replace the trace FILE if it exists."},
@@ -167,6 +217,7 @@ int tapCommand(const QStringList &arguments)
     if (const auto code = line.read(arguments, 2))
         return *code;
     const double duration = line.seconds("duration", 0, 0.001, 1e6);
+    const auto seed = static_cast<quint32>(line.number("seed", 1, 0, 0x7FFFFFFF));
     if (line.isWrong())
         return WrongUsage;
     for (const char *option : {"control", "trace"})
@@ -181,6 +232,22 @@ int tapCommand(const QStringList &arguments)
     const QString control = line.value("control");
     Tap tap(devices.first(), devices.last(), line.isSet("json") ? Printer::Json : Printer::Text,
             control);
+    for (const char *option : {"faults", "faults-to-box"}) {
+        FaultPlan plan;
+        if (!line.isSet(option))
+            continue;
+        const QString wrong = readPlan(line.value(option), &plan);
+        if (!wrong.isEmpty())
+            return line.complain(wrong);
+        const QString other = tap.spoil(isSameText(option, "faults"), plan, seed);
+        if (!other.isEmpty())
+            return line.complain(QStringLiteral("--%1 cannot have '%2' in a line between two "
+                                                "others; it has faults of bytes and frames: %3")
+                                     .arg(QLatin1String(option), other,
+                                          faultNames()
+                                              .mid(0, static_cast<int>(Fault::SplitWrite))
+                                              .join(QStringLiteral(", "))));
+    }
     QString problem = control.isEmpty() ? QString() : tap.channel().open(control);
     if (!problem.isEmpty()) {
         fail(problem);
