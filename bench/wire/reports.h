@@ -349,11 +349,11 @@ constexpr bool fieldsFit(const Report &report)
 
 constexpr bool areInOrder()
 {
-    const Report *before = nullptr;
+    int before = -1;
     for (const Report &report : kReports) {
-        if ((before && report.type <= before->type) || !fieldsFit(report))
+        if (static_cast<int>(report.type) <= before || !fieldsFit(report))
             return false;
-        before = &report;
+        before = static_cast<int>(report.type);
     }
     return true;
 }
