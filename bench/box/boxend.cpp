@@ -27,7 +27,11 @@ QString BoxEnd::open(const QString &device)
     return mTerminal->errorString();
 }
 
-void BoxEnd::unplug() { mTerminal->unplug(); }
+void BoxEnd::unplug()
+{
+    mBox.cutLine();
+    mTerminal->unplug();
+}
 
 bool BoxEnd::plug()
 {

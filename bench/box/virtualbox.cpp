@@ -69,12 +69,11 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
     default:
         understood = mCar->obey(command, payload);
     }
-    if (mAwaitsHost && !mSilent) {
+    if (mAwaitsHost && mStarted && !mSilent) {
         mAwaitsHost = false;
-        if (mStarted)
-            reportAll();
+        reportAll();
         // A host whose frame was cut takes these for the rest of it.
-        if (mStarted && std::exchange(mCutFrame, false))
+        if (std::exchange(mCutFrame, false))
             mRecoverTmr.start(kRecoverMs);
     }
     if (understood)
@@ -94,8 +93,7 @@ bool VirtualBox::setStarted(const QByteArray &payload)
     mQueue.clear();
     mChanged.clear();
     mRecoverTmr.stop();
-    if (mStarted)
-        reportAll();
+    mAwaitsHost = mStarted; // Here it is.
     return true;
 }
 
@@ -237,6 +235,8 @@ void VirtualBox::forgetOldFrames()
         mAwaiting.removeFirst();
 }
 
+void VirtualBox::cutLine() { mCutFrame = mCutFrame || !mPacer.isIdle() || mSentRaw; }
+
 void VirtualBox::setSilent(bool on)
 {
     if (on == mSilent)
@@ -247,7 +247,7 @@ void VirtualBox::setSilent(bool on)
         awaitHost();
         return;
     }
-    mCutFrame = mCutFrame || !mPacer.isIdle() || mSentRaw;
+    cutLine();
     mQueue.clear();
     mChanged.clear();
     mAwaiting.clear();
