@@ -150,7 +150,8 @@ const struct
     {"one without its entry", "sed s/qt_plugin_instance/qt_plugin_instanxe/ $p >x", 1,
      "  host       does not offer to the host: qt_plugin_instance\nNot loadable: "},
     {"damaged relocations",
-     "cp $p x; at=$(readelf -SW x | sed -n 's/.* \\.rela*\\.dyn *RELA* *[^ ]* *\\([^ ]*\\).*/\\1/p');"
+     "cp $p x; at=$(readelf -SW x | sed -n 's/.* \\.rela*\\.dyn *RELA* *[^ ]* *\\([^ "
+     "]*\\).*/\\1/p');"
      "printf '\\377\\377\\377\\377\\377\\377\\377' | dd of=x bs=1 seek=$((0x$at)) conv=notrunc",
      1, "Not loadable: loading it ends the program ("},
 #ifndef __SANITIZE_ADDRESS__ // Which needs some of its own.
