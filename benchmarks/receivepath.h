@@ -1,6 +1,7 @@
 // What the measurements of the receive path share: the bytes, the way in, and the host's ears.
 #pragma once
 
+#include "bench/wire/reports.h"
 #include "tests/serviceprobe.h"
 
 #include <QCoreApplication>
@@ -60,6 +61,19 @@ constexpr Traffic kTraffic[] = {
      {0, 7}},
     {"vehicle information 2", kOrdinary, 0x69, {"32000000a0", "33000000b0"}, {0, 2}},
 };
+
+constexpr bool everyReportIsMeasured()
+{
+    for (const bench::Report &report : bench::kReports) {
+        bool isMeasured = false;
+        for (const Traffic &traffic : kTraffic)
+            isMeasured = isMeasured || traffic.dataType == static_cast<quint8>(report.type);
+        if (!isMeasured)
+            return false;
+    }
+    return true;
+}
+static_assert(everyReportIsMeasured(), "each report needs a row of traffic");
 
 /// \p stream in pieces of \p size bytes, the last one shorter if it must be.
 inline std::vector<QByteArray> chunksOf(const QByteArray &stream, int size)

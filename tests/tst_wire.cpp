@@ -127,6 +127,34 @@ class WireTest : public QObject
 private slots:
     void initTestCase() { QLoggingCategory::setFilterRules(QStringLiteral("default=false")); }
 
+    // A report that the plug-in has and the bench has not would be tried by nobody.
+    void everyOtherTypeMeansNothing()
+    {
+        HeadUnit unit;
+        QVERIFY(unit.load(kModels[0]));
+        const QVector<Value> before = unit.readAll();
+        for (int type = 0; type <= 0xFF; ++type)
+            for (int size = 1; size <= 32 && !findReport(Inbound(type)); ++size)
+                unit.receive(Inbound(type), QByteArray(size, '\x0B'));
+        QCOMPARE(unit.announced, 0);
+        QVERIFY(unit.readAll() == before);
+    }
+
+    void everyReportIsInTheGuide()
+    {
+        QFile guide(QStringLiteral(WIRE_GUIDE));
+        QVERIFY2(guide.open(QIODevice::ReadOnly), WIRE_GUIDE);
+        const QString text = QString::fromUtf8(guide.readAll());
+        for (const Report &report : kReports) {
+            const QString size =
+                report.size == kAnySize ? QStringLiteral("any") : QString::number(report.size);
+            const auto type = static_cast<quint8>(report.type);
+            const auto row =
+                QStringLiteral("\n| %1 | %2 | %3 |").arg(hexByte(type), size, report.name);
+            QVERIFY2(text.contains(row), qPrintable(row));
+        }
+    }
+
     void getterAnswersWhatTheWireMeans_data() { addReports(); }
     void getterAnswersWhatTheWireMeans()
     {
@@ -192,7 +220,7 @@ private slots:
     {
         QFETCH(int, carModel);
         const Report &report = currentReport();
-        QVERIFY(isReport(report.type, 1) == (report.size == kAnySize));
+        QCOMPARE(isReport(report.type, 0xFF), report.size == kAnySize);
         if (report.size == kAnySize)
             return;
         HeadUnit unit;
