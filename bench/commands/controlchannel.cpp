@@ -1,5 +1,7 @@
 #include "bench/commands/controlchannel.h"
 
+#include "bench/commands/commandline.h"
+#include "bench/screen/outlet.h"
 #include "bench/screen/output.h"
 
 #include <QFile>
@@ -21,6 +23,7 @@ namespace {
 
 constexpr int kMostClients = 64;
 constexpr int kMostUnread = 1024 * 1024; // bytes
+constexpr int kMuchUnread = 64 * 1024;   // bytes
 
 QString systemError() { return QString::fromLocal8Bit(std::strerror(errno)); }
 
@@ -53,7 +56,7 @@ bool isStale(const QByteArray &path, const sockaddr_un &address)
     const bool isRefused =
         connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 &&
         errno == ECONNREFUSED;
-    close(probe);
+    ::close(probe);
     return isRefused;
 }
 
@@ -72,19 +75,23 @@ struct ControlChannel::Client
         : descriptor(theDescriptor)
         , control(stage)
         , lines(input, Control::kMaxLine)
+        , outlet(descriptor >= 0 ? descriptor : STDOUT_FILENO)
     {
     }
     ~Client()
     {
         if (descriptor >= 0)
-            close(descriptor);
+            ::close(descriptor);
     }
+
+    // A batch from standard input may have more answers than anybody reads at once: it waits.
+    bool isBehind() const { return descriptor < 0 && outlet.unread() > kMuchUnread; }
+    void proceed() { lines.setPaused(isDropped || control.isBusy() || isBehind()); }
 
     int descriptor; ///< Of the socket; -1 for standard output.
     Control control;
     LineInput lines;
-    QByteArray unread;
-    std::unique_ptr<QSocketNotifier> room; ///< While something is unread.
+    Outlet outlet;
     bool hasEnded = false;
     bool isDropped = false;
 };
@@ -97,13 +104,23 @@ ControlChannel::ControlChannel(const Stage &stage, QObject *parent)
 
 ControlChannel::~ControlChannel()
 {
+    close();
+    for (const auto &client : mClients)
+        if (client->descriptor < 0 && !client->isDropped)
+            standardOutput().bytes(client->outlet.takeUnread());
+}
+
+void ControlChannel::close()
+{
     struct stat found;
     if (!mPath.isEmpty() && lstat(mPath.constData(), &found) == 0 && found.st_dev == mDevice &&
         found.st_ino == mInode)
         unlink(mPath.constData());
+    mPath.clear();
     mNotifier.reset();
     if (mDescriptor >= 0)
-        close(mDescriptor);
+        ::close(mDescriptor);
+    mDescriptor = -1;
 }
 
 QString ControlChannel::open(const QString &path)
@@ -162,8 +179,7 @@ ControlChannel::Client &ControlChannel::add(int descriptor, int input)
             return drop(client);
         send(client, printable(answer).toUtf8() + '\n');
         // From the event loop, because the next line may be the last of the client.
-        QTimer::singleShot(0, &client.lines,
-                           [&client] { client.lines.setPaused(client.control.isBusy()); });
+        QTimer::singleShot(0, &client.lines, [&client] { client.proceed(); });
     });
     connect(&client.lines, &LineInput::line, this, [&client](const QByteArray &line) {
         client.lines.setPaused(true);
@@ -179,8 +195,21 @@ ControlChannel::Client &ControlChannel::add(int descriptor, int input)
     });
     connect(&client.lines, &LineInput::ended, this, [this, &client] {
         client.hasEnded = true;
-        if (client.unread.isEmpty() && !client.control.wantsEvents())
+        if (client.outlet.unread() == 0 && !client.control.wantsEvents())
             drop(client);
+    });
+    connect(&client.outlet, &Outlet::drained, this, [this, &client] {
+        if (client.hasEnded && !client.control.wantsEvents())
+            drop(client);
+        else if (client.descriptor < 0)
+            QTimer::singleShot(0, &client.lines, [&client] { client.proceed(); });
+    });
+    connect(&client.outlet, &Outlet::failed, this, [this, &client] {
+        if (client.descriptor < 0) { // It meets the same error, and tells it.
+            standardOutput().bytes(client.outlet.takeUnread());
+            standardOutput().flush();
+        }
+        drop(client);
     });
     return client;
 }
@@ -203,35 +232,12 @@ void ControlChannel::send(Client &client, const QByteArray &bytes)
 {
     if (client.isDropped)
         return;
-    if (client.descriptor < 0) {
-        standardOutput().bytes(bytes);
-        standardOutput().flush();
+    client.outlet.write(bytes);
+    if (client.outlet.unread() <= kMostUnread)
         return;
-    }
-    client.unread += bytes;
-    flush(client);
-}
-
-void ControlChannel::flush(Client &client)
-{
-    if (client.isDropped)
-        return;
-    const ssize_t sent =
-        ::send(client.descriptor, client.unread.constData(),
-               static_cast<size_t>(client.unread.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent < 0 && errno != EAGAIN && errno != EINTR)
-        return drop(client);
-    client.unread.remove(0, static_cast<int>(qMax<ssize_t>(sent, 0)));
-    if (client.unread.size() > kMostUnread)
-        return drop(client);
-    if (!client.room) {
-        client.room = std::make_unique<QSocketNotifier>(client.descriptor, QSocketNotifier::Write);
-        connect(client.room.get(), &QSocketNotifier::activated, this,
-                [this, &client] { flush(client); });
-    }
-    client.room->setEnabled(!client.unread.isEmpty());
-    if (client.unread.isEmpty() && client.hasEnded && !client.control.wantsEvents())
-        drop(client);
+    if (client.descriptor < 0)
+        fail(QStringLiteral("nobody reads the answers on standard output; no more are given"));
+    drop(client);
 }
 
 // From the event loop, because whoever finds out is the client's own; and not before its step is
@@ -240,8 +246,6 @@ void ControlChannel::drop(Client &client)
 {
     client.isDropped = true;
     client.lines.setPaused(true);
-    if (client.room)
-        client.room->setEnabled(false);
     QTimer::singleShot(0, this, &ControlChannel::sweep);
 }
 
@@ -256,10 +260,10 @@ void ControlChannel::sweep()
         mNotifier->setEnabled(true);
 }
 
-Printer printerFor(const QString &path, Printer::Format format)
+Printer printerFor(const QString &path, Printer::Format format, Printer::Sink sink)
 {
     return path == QLatin1String("-") ? Printer(format, [](const QByteArray &) {})
-                                      : Printer(format);
+                                      : Printer(format, std::move(sink));
 }
 
 } // namespace bench

@@ -24,6 +24,8 @@ public:
     /// that nobody listens at any more is replaced, and nothing else; it is gone at the end.
     /// \returns an empty text, or what is wrong and what to do about it.
     QString open(const QString &path);
+    /// Nobody comes in any more, and the socket is gone.
+    void close();
 
     /// Whether anybody has asked for events.
     bool hasListeners() const;
@@ -43,7 +45,6 @@ private:
     void onConnection();
     Client &add(int descriptor, int input);
     void send(Client &client, const QByteArray &bytes);
-    void flush(Client &client);
     void drop(Client &client);
     void sweep();
 
@@ -56,7 +57,8 @@ private:
 };
 
 /// What prints beside a channel at \p path: nothing, where the answers go to standard output.
-Printer printerFor(const QString &path, Printer::Format format);
+/// \param sink gets what would go there beside any other channel.
+Printer printerFor(const QString &path, Printer::Format format, Printer::Sink sink = {});
 
 /// What a control channel's text is, for --help.
 constexpr char kControlHelp[] =

@@ -3,7 +3,7 @@
 #include "bench/commands/controlchannel.h"
 #include "bench/commands/sessionrun.h"
 #include "bench/language/parser.h"
-#include "bench/screen/output.h"
+#include "bench/screen/livelines.h"
 #include "bench/wire/linecutter.h"
 #include "bench/wire/linespoiler.h"
 #include "bench/wire/reports.h"
@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace bench {
 
@@ -63,18 +64,21 @@ public:
     Tap(const QString &host, const QString &box, Printer::Format format, const QString &control)
         : mHost(host)
         , mBox(box)
-        , mPrinter(printerFor(control, format))
+        , mControl(control)
+        , mLines(format)
+        , mPrinter(
+              printerFor(control, format, [this](const QByteArray &line) { mLines.put(line); }))
         , mEventPrinter(Printer::Json, [this](const QByteArray &json) { mChannel.publish(json); })
     {
         for (Printer *printer : {&mPrinter, &mEventPrinter})
             printer->setOrigin(QDateTime::currentMSecsSinceEpoch() * 1000 - mClock.microseconds());
-        QObject::connect(&mSignals, &UnixSignals::caught,
+        QObject::connect(&*mSignals, &UnixSignals::caught,
                          [](int number) { QCoreApplication::exit(SignalBase + number); });
         QObject::connect(&mChannel, &ControlChannel::ended, [] { QCoreApplication::exit(Done); });
         QObject::connect(&mChannel, &ControlChannel::said,
                          [this](const QString &text) { mPrinter.heading(text, seconds()); });
-        connectLines(mBox, mHost, true);
-        connectLines(mHost, mBox, false);
+        connectLines(mBox, true);
+        connectLines(mHost, false);
     }
 
     QString open()
@@ -91,10 +95,9 @@ public:
     {
         auto &spoiler = isFromBox ? mSpoilerFromBox : mSpoilerToBox;
         spoiler = std::make_unique<LineSpoiler>(seed);
-        SerialDevice &to = isFromBox ? mHost : mBox;
-        QObject::connect(spoiler.get(), &LineSpoiler::passed, &to,
-                         [this, &to, isFromBox](const QByteArray &bytes) {
-                             to.write(bytes);
+        QObject::connect(spoiler.get(), &LineSpoiler::passed, &mHost,
+                         [this, isFromBox](const QByteArray &bytes) {
+                             send(isFromBox, bytes);
                              pass(isFromBox, bytes);
                          });
         return spoiler->setPlan(plan);
@@ -103,22 +106,36 @@ public:
     TraceRecorder &recorder() { return mRecorder; }
     ControlChannel &channel() { return mChannel; }
 
+    /// Gives the lines back and tells what there was. What is not read yet is waited for, and a
+    /// signal ends that as it ends any program.
     int finish(int code)
     {
+        for (SerialDevice *line : {&mHost, &mBox}) {
+            line->blockSignals(true);
+            line->unplug();
+        }
+        const double end = seconds();
+        mChannel.close();
+        mSignals.reset();
+        mLines.finish();
+
         Summary summary;
         summary.fromBox = mFromBox.counts();
         summary.toBox = mToBox.counts();
-        mPrinter.print(summary, seconds());
-        mPrinter.print("delay in us", mDelays->summary());
+        Printer printer = printerFor(mControl, mPrinter.format());
+        printer.print(summary, end);
+        printer.print("delay in us", mDelays->summary());
         if (mSpoilerFromBox)
-            mPrinter.print("faults from the box", mSpoilerFromBox->summary());
+            printer.print("faults from the box", mSpoilerFromBox->summary());
         if (mSpoilerToBox)
-            mPrinter.print("faults to the box", mSpoilerToBox->summary());
+            printer.print("faults to the box", mSpoilerToBox->summary());
+        if (mBytesForNobody > 0)
+            printer.print("lost bytes", {{"for a side that was away", mBytesForNobody}});
         const qint64 lost = mHost.lostBytes() + mBox.lostBytes();
         if (lost > 0)
-            code = fail(QStringLiteral("%1 bytes are lost, because the other side was away or did "
-                                       "not take them")
-                            .arg(lost));
+            code =
+                fail(QStringLiteral("%1 bytes are lost, because the other side did not take them")
+                         .arg(lost));
         if (!mRecorder.problem().isEmpty() && code == Done)
             return fail(mRecorder.problem());
         return code;
@@ -126,6 +143,14 @@ public:
 
 private:
     double seconds() const { return static_cast<double>(mClock.nanoseconds()) / 1e9; }
+
+    void send(bool isFromBox, const QByteArray &bytes)
+    {
+        SerialDevice &to = isFromBox ? mHost : mBox;
+        if (!to.isPlugged())
+            mBytesForNobody += bytes.size();
+        to.write(bytes);
+    }
 
     // What a side has got: recorded and shown.
     void pass(bool isFromBox, const QByteArray &bytes)
@@ -135,18 +160,17 @@ private:
     }
 
     // The bytes go on before anything else is done with them.
-    void connectLines(SerialDevice &from, SerialDevice &to, bool isFromBox)
+    void connectLines(SerialDevice &from, bool isFromBox)
     {
         LineCutter &cutter = isFromBox ? mFromBox : mToBox;
-        QObject::connect(&from, &SerialLine::received,
-                         [this, &to, isFromBox](const QByteArray &bytes) {
-                             const qint64 begin = mClock.nanoseconds();
-                             if (const auto &spoiler = isFromBox ? mSpoilerFromBox : mSpoilerToBox)
-                                 return spoiler->feed(bytes, begin / 1000);
-                             to.write(bytes);
-                             mDelays->add((mClock.nanoseconds() - begin) / 1000);
-                             pass(isFromBox, bytes);
-                         });
+        QObject::connect(&from, &SerialLine::received, [this, isFromBox](const QByteArray &bytes) {
+            const qint64 begin = mClock.nanoseconds();
+            if (const auto &spoiler = isFromBox ? mSpoilerFromBox : mSpoilerToBox)
+                return spoiler->feed(bytes, begin / 1000);
+            send(isFromBox, bytes);
+            mDelays->add((mClock.nanoseconds() - begin) / 1000);
+            pass(isFromBox, bytes);
+        });
         QObject::connect(&cutter, &LineCutter::item, [this, isFromBox](const LineItem &item) {
             mPrinter.print(isFromBox, item, seconds());
             if (mChannel.hasListeners())
@@ -163,12 +187,15 @@ private:
     }
 
     SteadyClock mClock;
-    UnixSignals mSignals;
+    std::optional<UnixSignals> mSignals{std::in_place};
     SerialDevice mHost, mBox;
+    qint64 mBytesForNobody = 0; ///< That came while the other side was away.
     LineCutter mFromBox{LineCutter::Host};
     LineCutter mToBox{LineCutter::Box};
     std::unique_ptr<LineSpoiler> mSpoilerFromBox, mSpoilerToBox; ///< Null: as it is.
+    const QString mControl;
     ControlChannel mChannel{Stage()};
+    LiveLines mLines;
     Printer mPrinter;
     Printer mEventPrinter;
     TraceRecorder mRecorder;
