@@ -98,13 +98,19 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
         standardError().line(text); // Standard output may be for a program.
         if (!person) {
             person = std::make_unique<LineInput>(STDIN_FILENO, 4096);
-            QObject::connect(person.get(), &LineInput::line, [&] { runner.answer(); });
+            QObject::connect(person.get(), &LineInput::line, [&] {
+                // In a file or a pipe, each line is for the next prompt, and the end is none yet.
+                // What is typed ahead is for nothing.
+                person->setPaused(!isatty(STDIN_FILENO));
+                runner.answer();
+            });
             QObject::connect(person.get(), &LineInput::ended, [&] {
                 silence = QStringLiteral("the standard input has ended, and nobody is there to "
                                          "act; --unattended tells the lines");
                 runner.abort();
             });
         }
+        person->setPaused(false);
     });
     QObject::connect(&runner, &Runner::said,
                      [&](const QString &text) { run.printer().heading(text, session.seconds()); });
