@@ -2,14 +2,18 @@
 #include "hosttest.h"
 
 #include "bench/box/pseudoterminal.h"
+#include "bench/recording/trace.h"
 
 #include <serialport.h>
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -71,13 +75,40 @@ const struct
     {"a tap of one device", "tap x x", 2, "two devices"},
     {"a tap that pulls cables", "tap --faults unplug x y", 2, "cannot have 'unplug'"},
     {"a tap of what is not there", "tap /nonexistent1 /nonexistent2", 1, "cannot open"},
+    {"a tap into a file that exists", "tap --trace TAKEN /nonexistent1 /nonexistent2", 1,
+     "use --force"},
     {"nobody to send to", "send /nonexistent get", 1, "cannot reach a bench"},
+};
+
+// What a tap calls its sides.
+const struct
+{
+    const char *name;
+    bool isBox;
+} kSides[] = {{"the head unit", false}, {"the box", true}};
+
+// The last expectation of the scenario is not met.
+const struct
+{
+    const char *name;
+    bool isThere;
+    int code;
+    const char *told;
+} kPersons[] = {
+    {"somebody is there", true, 3, ":6: expected door.rear == closed, but it is open\n"},
+    {"nobody is there", false, 1, ":3: the standard input has ended, and nobody is there to act"},
 };
 
 /// The bench as a process of its own.
 struct Bench : QProcess
 {
-    explicit Bench(const QStringList &arguments) { start(CANBENCH, arguments); }
+    /// \param output takes its standard output; then it tells nothing here.
+    explicit Bench(const QStringList &arguments, const QString &output = {})
+    {
+        if (!output.isEmpty())
+            setStandardOutputFile(output);
+        start(CANBENCH, arguments);
+    }
     ~Bench() override
     {
         terminate();
@@ -90,6 +121,66 @@ struct Bench : QProcess
         return said.contains(text);
     }
     QByteArray said;
+};
+
+// Everything of a file; what has it open for writing must be about to end.
+QByteArray restOf(int descriptor)
+{
+    QByteArray content;
+    char buffer[4096];
+    for (pollfd state{descriptor, POLLIN, 0}; poll(&state, 1, 10000) > 0;) {
+        const ssize_t size = read(descriptor, buffer, sizeof buffer);
+        if (size <= 0)
+            break;
+        content.append(buffer, static_cast<int>(size));
+    }
+    return content;
+}
+
+// What a recording has of a direction.
+QByteArray recorded(const QString &trace, bool fromBox)
+{
+    QByteArray bytes;
+    TraceReader reader(trace);
+    for (TraceLine line; reader.next(&line);)
+        if (line.fromBox == fromBox)
+            bytes += line.bytes;
+    return bytes;
+}
+
+// The processor time of a process, in the system's ticks: the 14th and 15th of its numbers.
+qint64 ticksOf(qint64 process)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(process));
+    const QList<QByteArray> numbers =
+        file.open(QIODevice::ReadOnly) ? file.readAll().split(' ') : QList<QByteArray>();
+    return numbers.value(13).toLongLong() + numbers.value(14).toLongLong();
+}
+
+/// Both ends of a tapped line.
+struct Ends
+{
+    Ends()
+    {
+        QObject::connect(&host, &SerialLine::received,
+                         [this](const QByteArray &b) { toHost += b; });
+        QObject::connect(&box, &SerialLine::received, [this](const QByteArray &b) { toBox += b; });
+    }
+    /// Sends the same both ways, no more at a time than a line holds, until it is there.
+    bool exchange(const QByteArray &bytes)
+    {
+        for (int at = 0; at < bytes.size(); at += 2000) {
+            const int wanted = toBox.size() + bytes.mid(at, 2000).size();
+            host.write(bytes.mid(at, 2000));
+            box.write(bytes.mid(at, 2000));
+            if (!QTest::qWaitFor([&] { return toBox.size() >= wanted && toHost.size() >= wanted; }))
+                return false;
+        }
+        return true;
+    }
+
+    PseudoTerminal host, box;
+    QByteArray toHost, toBox;
 };
 
 /// A client of a control channel.
@@ -262,24 +353,103 @@ private slots:
 
     void aTapChangesNothing()
     {
-        PseudoTerminal host, box; // Their ends of two cables.
-        Bench tap({"tap", host.device(), box.device()});
+        Ends ends; // Of two cables.
+        Bench tap({"tap", ends.host.device(), ends.box.device()});
         QVERIFY(tap.tells("the box is there"));
-        QByteArray toBox, toHost, bytes;
-        connect(&box, &SerialLine::received, this, [&](const QByteArray &b) { toBox += b; });
-        connect(&host, &SerialLine::received, this, [&](const QByteArray &b) { toHost += b; });
+        QByteArray bytes;
         for (int i = 0; i < 3000; ++i)
             bytes += static_cast<char>(i * 7 + i / 256);
-        for (int at = 0; at < bytes.size(); at += 100) {
-            host.write(bytes.mid(at, 100));
-            box.write(bytes.mid(at, 100));
-            QTest::qWait(2);
-        }
-        QTRY_COMPARE(toBox, bytes);
-        QTRY_COMPARE(toHost, bytes);
+        QVERIFY(ends.exchange(bytes));
+        QCOMPARE(ends.toBox, bytes);
+        QCOMPARE(ends.toHost, bytes);
         tap.terminate();
         QVERIFY(tap.waitForFinished(5000));
         QCOMPARE(tap.exitCode(), 128 + 15);
+    }
+
+    // The lines that tell of these bytes are some megabytes.
+    void aTapPassesWhatNobodyLooksAt()
+    {
+        const QString trace = path("unseen.trace");
+        QCOMPARE(mkfifo(path("unseen").toLocal8Bit().constData(), 0600), 0);
+        const int output = open(path("unseen").toLocal8Bit().constData(), O_RDONLY | O_NONBLOCK);
+        Ends ends;
+        Bench tap({"tap", "--trace", trace, ends.host.device(), ends.box.device()}, path("unseen"));
+        QTRY_VERIFY(writtenTo(trace).contains("the box is there"));
+        QByteArray bytes;
+        for (int i = 0; i < 60000; ++i)
+            bytes += static_cast<char>(i % 2 == 0 ? 0xFF : i / 256 % 32);
+        QVERIFY(ends.exchange(bytes));
+        QCOMPARE(ends.toBox, bytes);
+        QCOMPARE(ends.toHost, bytes);
+        QCOMPARE(recorded(trace, true), bytes);
+        QCOMPARE(recorded(trace, false), bytes);
+        tap.terminate();
+        const QByteArray lines = restOf(output);
+        close(output);
+        QVERIFY(lines.contains("good receipt\n"));
+        QVERIFY(lines.contains("lines are left out here, because nobody read them\n"));
+        QVERIFY2(lines.contains("good receipts to the box              30000\n"), lines.right(600));
+    }
+
+    void aSideGoesAndComesBack_data() { addRows(kSides); }
+    void aSideGoesAndComesBack()
+    {
+        const auto &row = currentRow(kSides);
+        Ends ends;
+        PseudoTerminal &side = row.isBox ? ends.box : ends.host;
+        PseudoTerminal &other = row.isBox ? ends.host : ends.box;
+        // By names that lead to another terminal each time.
+        Bench tap({"tap", ends.host.path(), ends.box.path()});
+        QVERIFY(tap.tells("the box is there"));
+        QVERIFY(ends.exchange("before"));
+        side.unplug();
+        QVERIFY(tap.tells(QByteArray(row.name) + " has gone"));
+        other.write("for nobody");
+        QElapsedTimer clock;
+        clock.start();
+        const qint64 ticks = ticksOf(tap.processId());
+        QTest::qWait(1000);
+        // A tenth of the time would be a hundred times what the four looks take.
+        QVERIFY((ticksOf(tap.processId()) - ticks) * 1000 / sysconf(_SC_CLK_TCK) <
+                clock.elapsed() / 10);
+        tap.said.clear();
+        QVERIFY(side.plug());
+        QVERIFY(tap.tells(QByteArray(row.name) + " is there"));
+        QVERIFY(ends.exchange("after"));
+        QCOMPARE(ends.toBox, QByteArray("beforeafter"));
+        QCOMPARE(ends.toHost, QByteArray("beforeafter"));
+        tap.terminate();
+        QVERIFY(tap.tells("for a side that was away               10\n"));
+    }
+
+    void aPersonActsForARealBox_data() { addRows(kPersons); }
+    void aPersonActsForARealBox()
+    {
+        const auto &row = currentRow(kPersons);
+        const QString scenario =
+            writeFile(path("person"), "start\nexpect link == 3 within 5s\nset door.rear open\n"
+                                      "set drive.speed 12\nexpect door.rear == open within 5s\n"
+                                      "expect door.rear == closed\n");
+        Bench box({"box", "--link", path("real"), "--control", path("at the car")});
+        QVERIFY(box.tells("box at"));
+        QProcess play;
+        play.setReadChannel(QProcess::StandardError);
+        play.start(CANBENCH, {"play", "--device", path("real"), scenario});
+        QByteArray asked;
+        while (!asked.contains('\n') && play.waitForReadyRead(5000))
+            asked += play.readAllStandardError();
+        QCOMPARE(asked, QByteArray("Open the tailgate, then press Enter.\n"));
+        if (row.isThere) {
+            QCOMPARE(Client(path("at the car")).ask("set door.rear open"), QByteArray("ok\n"));
+            play.write("\n\n"); // The second one is for what is asked then.
+        }
+        play.closeWriteChannel();
+        QVERIFY(play.waitForFinished(10000));
+        const QByteArray told = play.readAllStandardError();
+        QCOMPARE(told.contains("Bring the speed to 12 km/h, then press Enter.\n"), row.isThere);
+        QVERIFY2(told.contains(QByteArray(scenario.toLocal8Bit()) + row.told), told);
+        QCOMPARE(play.exitCode(), row.code);
     }
 
     void reportsForABuildServer()
@@ -312,10 +482,18 @@ private slots:
             (QStringList{"testcase gate", "failure expected door.rear == closed, but it is open",
                          "testcase never", "skipped "}));
         const QString schema = QFINDTESTDATA("junit.xsd");
-        QCOMPARE(run("xmllint", {"--noout", "--schema", schema, path("report.xml")}).code, 0);
+        const QStringList check{"--noout", "--schema", schema};
+        QCOMPARE(run("xmllint", check + QStringList(file.fileName())).code, 0);
+        const QByteArray wrong = writtenTo(file.fileName()).replace("failures=", "fails=");
+        QCOMPARE(run("xmllint", check + QStringList(writeFile(path("wrong.xml"), wrong))).code, 3);
     }
 
 private:
+    static QByteArray writtenTo(const QString &name)
+    {
+        QFile file(name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
     QString path(const QString &name) const { return mFolder.filePath(name); }
 
     QTemporaryDir mFolder;
