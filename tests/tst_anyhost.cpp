@@ -2,6 +2,7 @@
 #include "hosttest.h"
 
 #include "bench/box/pseudoterminal.h"
+#include "bench/box/virtualbox.h"
 #include "bench/recording/trace.h"
 
 #include <serialport.h>
@@ -78,6 +79,36 @@ const struct
     {"a tap into a file that exists", "tap --trace TAKEN /nonexistent1 /nonexistent2", 1,
      "use --force"},
     {"nobody to send to", "send /nonexistent get", 1, "cannot reach a bench"},
+};
+
+// What a frame of the host says: nothing, if box and car do not know it.
+const struct
+{
+    const char *name;
+    Outbound type;
+    const char *payload, *text;
+} kMeanings[] = {
+    {"start", Outbound::StartStop, "01", "start"},
+    {"neither start nor stop", Outbound::StartStop, "02", ""},
+    {"a request", Outbound::Request, "3000", "version"},
+    {"a car", Outbound::CarSelect, "07", "index 7"},
+    {"a switch", Outbound::Climate, "ac0200", "the next of climate.ac"},
+    {"warmer", Outbound::Climate, "ac1a00", "climate.left up"},
+    {"cooler", Outbound::Climate, "ac1b00", "climate.left down"},
+    {"a mode", Outbound::Climate, "ac2100", "climate.mode 3"},
+    {"the end of a key", Outbound::Climate, "ac0000", "the key came up"},
+    {"no key", Outbound::Climate, "ac7f00", ""},
+    {"no climate", Outbound::Climate, "ad1a00", ""},
+    {"a colour", Outbound::AmbientLight, "0532", "ambient.colour 5, ambient.level 50"},
+    {"a unit", Outbound::Unit, "7201", "unit.temperature fahrenheit, climate.unit fahrenheit"},
+    {"another unit", Outbound::Unit, "7002", "unit.pressure bar"},
+    {"no unit", Outbound::Unit, "7003", ""},
+    {"a tuner", Outbound::Source, "0102742700", "FM3 101.00 MHz"},
+    {"a source", Outbound::Source, "07", "source 7"},
+    {"a text", Outbound::SourceText, "02000000000041263a", "line 2 'A\u263A'"},
+    {"a text of half a character", Outbound::SourceText, "020000000041", ""},
+    {"a clock", Outbound::Clock, "1a0b170a1b00", "2026-11-23 10:27"},
+    {"a type that no host sends", Outbound{0x55}, "01", ""},
 };
 
 // What a tap calls its sides.
@@ -247,6 +278,7 @@ private slots:
             QCOMPARE(client.ask("get box.resent"), QByteArray("ok 0\n"));
             host.writeData(QByteArray::fromHex("2E8101017C"), false);
             QCOMPARE(client.ask("expect frame start/stop 1"), QByteArray("ok\n"));
+            QVERIFY(box.tells("host > 0x81 start/stop 01: start\n"));
             QTRY_VERIFY(heard.count() > 0);
             QCOMPARE(client.ask("unplug"), QByteArray("ok\n"));
             QVERIFY(!QFileInfo(link).isReadable() || !QFile(link).open(QIODevice::ReadOnly));
@@ -261,6 +293,13 @@ private slots:
         QFile recording(trace);
         QVERIFY(recording.open(QIODevice::ReadOnly));
         QVERIFY(recording.readAll().contains("T 2E8101017C\n"));
+    }
+
+    void saysWhatAFrameMeans_data() { addRows(kMeanings); }
+    void saysWhatAFrameMeans()
+    {
+        const auto &row = currentRow(kMeanings);
+        QCOMPARE(VirtualBox::meaning(row.type, hex(row.payload)), QString(row.text));
     }
 
     void answersEachLine_data() { addRows(kConversation); }

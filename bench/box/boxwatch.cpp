@@ -77,6 +77,8 @@ void BoxWatch::onHeard(const LineItem &item)
     mSilent = false;
     BoxEvent heard = event(BoxEvent::Heard);
     heard.item = item;
+    if (item.kind == LineItem::Frame)
+        heard.text = VirtualBox::meaning(canbox::Outbound{item.dataType}, item.bytes);
     emit happened(heard);
 
     const bool isNoise = item.kind == LineItem::Noise || item.kind == LineItem::Incomplete;

@@ -10,7 +10,7 @@ namespace bench {
 struct BoxEvent
 {
     enum Kind {
-        Heard,   ///< `item`, from the host.
+        Heard,   ///< `item`, from the host; `text` is what a frame says.
         Puzzled, ///< The frame heard before has no meaning.
         Changed, ///< A value of the car: `name`, from `before` to `text`.
         Cluster, ///< `text` is what the instrument cluster shows.

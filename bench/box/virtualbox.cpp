@@ -9,6 +9,14 @@ namespace {
 constexpr qint64 kReceiptTimeoutMs = 1000; // A receipt that comes later belongs to another frame.
 constexpr int kRecoverMs = 600; // The host gives up an open frame 500 ms after new bytes.
 
+bool isStartOrStop(const QByteArray &payload)
+{
+    return payload.size() == 1 && canbox::byteAt(payload, 0) <= 1;
+}
+
+bool isRequest(const QByteArray &payload) { return payload.size() == 2; }
+bool isSelection(const QByteArray &payload) { return payload.size() == 1; }
+
 } // namespace
 
 VirtualBox::VirtualBox(VirtualCar *car, const Clock &clock, QObject *parent)
@@ -82,9 +90,30 @@ void VirtualBox::onFrame(Outbound command, const QByteArray &payload)
     emit puzzled(command, payload);
 }
 
+QString VirtualBox::meaning(Outbound command, const QByteArray &payload)
+{
+    switch (command) {
+    case Outbound::StartStop:
+        if (isStartOrStop(payload))
+            return QLatin1String(canbox::byteAt(payload, 0) == 1 ? "start" : "stop");
+        break;
+    case Outbound::Request:
+        if (isRequest(payload))
+            return inboundName(canbox::byteAt(payload, 0));
+        break;
+    case Outbound::CarSelect:
+        if (isSelection(payload))
+            return QStringLiteral("index %1").arg(canbox::byteAt(payload, 0));
+        break;
+    default:
+        return VirtualCar::meaning(command, payload);
+    }
+    return {};
+}
+
 bool VirtualBox::setStarted(const QByteArray &payload)
 {
-    if (payload.size() != 1 || canbox::byteAt(payload, 0) > 1)
+    if (!isStartOrStop(payload))
         return false;
     const bool started = canbox::byteAt(payload, 0) == 1;
     if (started == mStarted)
@@ -99,7 +128,7 @@ bool VirtualBox::setStarted(const QByteArray &payload)
 
 bool VirtualBox::answer(const QByteArray &payload)
 {
-    if (payload.size() != 2)
+    if (!isRequest(payload))
         return false;
     const Inbound type{canbox::byteAt(payload, 0)};
     if (type != Inbound::Version && mCar->report(type).isEmpty())
@@ -110,7 +139,7 @@ bool VirtualBox::answer(const QByteArray &payload)
 
 bool VirtualBox::selectCar(const QByteArray &payload)
 {
-    if (payload.size() != 1)
+    if (!isSelection(payload))
         return false;
     mCarIndex = canbox::byteAt(payload, 0);
     return true;

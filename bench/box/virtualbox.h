@@ -69,6 +69,8 @@ public:
     qint64 receivedBytes() const { return mReceivedBytes; }
     const QMap<quint8, qint64> &sent() const { return mSent; } ///< Frames by data type.
     qint64 resent() const { return mResent; }
+    /// What a frame from the host says to box or car; empty for what they do not know.
+    static QString meaning(Outbound command, const QByteArray &payload);
     qint64 misunderstood() const { return mMisunderstood; } ///< Good frames of no known meaning.
 
 signals:

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace bench {
 
@@ -70,23 +71,135 @@ int changed(const ClimateEffect &effect, int raw)
 
 quint8 at(const QByteArray &payload, int index) { return canbox::byteAt(payload, index); }
 
+// What is read of a command: for obey() and for whoever tells of it. Nothing comes of one that the
+// car does not know.
+
+bool isClimateKey(const QByteArray &payload)
+{
+    return payload.size() == 3 && at(payload, 0) == 0xAC;
+}
+
+// A command of 0 says that the key came up.
+bool isKeyUp(const QByteArray &payload) { return at(payload, 1) == 0; }
+
+const ClimateEffect *effectOf(const QByteArray &payload)
+{
+    const auto *effect =
+        std::find_if(std::begin(kClimateEffects), std::end(kClimateEffects),
+                     [&](const ClimateEffect &row) { return row.command == at(payload, 1); });
+    return effect != std::end(kClimateEffects) ? effect : nullptr;
+}
+
+QString textOf(const ClimateEffect &effect)
+{
+    const Field &field = fieldOf(effect.value);
+    const QString name = QLatin1String(field.name);
+    switch (effect.change) {
+    case Change::Cycle:
+        return QStringLiteral("the next of %1").arg(name);
+    case Change::Step:
+        return name + QLatin1String(effect.low > 0 ? " up" : " down");
+    case Change::Select:
+        break;
+    }
+    return name + QLatin1Char(' ') + valueText(field, effect.low);
+}
+
+struct Setting
+{
+    ValueId value;
+    int raw;
+};
+
+QVector<Setting> settingsOf(Outbound command, const QByteArray &payload)
+{
+    if (payload.size() != 2)
+        return {};
+    const quint8 code = at(payload, 0);
+    const quint8 value = at(payload, 1);
+    if (command == Outbound::AmbientLight)
+        return {{valueId("ambient.colour"), code}, {valueId("ambient.level"), value}};
+    if (code == 0x72 && value <= 1) // One setting in this car.
+        return {{valueId("unit.temperature"), value}, {valueId("climate.unit"), value}};
+    if (code == 0x70 && value <= 2)
+        return {{valueId("unit.pressure"), value}};
+    return {};
+}
+
+QString sourceOf(const QByteArray &payload)
+{
+    if (payload.size() == 1)
+        return QStringLiteral("source %1").arg(at(payload, 0));
+    if (payload.size() != 5 || at(payload, 0) != 0x01)
+        return {};
+    const int band = at(payload, 1);
+    const int frequency = at(payload, 2) | at(payload, 3) << 8;
+    return band == 0x10
+               ? QStringLiteral("AM %1 kHz").arg(frequency)
+               : QStringLiteral("FM%1 %2 MHz").arg(band + 1).arg(frequency / 100.0, 0, 'f', 2);
+}
+
+struct LineText
+{
+    int line; ///< 0 or 1.
+    QString text;
+};
+
+std::optional<LineText> lineTextOf(const QByteArray &payload)
+{
+    constexpr int kText = 5; // Where the UTF-16 text begins, high bytes first.
+    if (payload.size() < kText || payload.size() % 2 == 0)
+        return std::nullopt;
+    const int line = at(payload, 0) - 1;
+    if (line != 0 && line != 1)
+        return std::nullopt;
+    QString text;
+    for (int i = kText; i < payload.size(); i += 2)
+        text += QChar(at(payload, i) << 8 | at(payload, i + 1));
+    return LineText{line, text};
+}
+
+QString clockOf(const QByteArray &payload)
+{
+    if (payload.size() != 6)
+        return {};
+    const QLatin1Char zero('0');
+    return QStringLiteral("%1-%2-%3 %4:%5")
+        .arg(2000 + at(payload, 0))
+        .arg(at(payload, 1), 2, 10, zero)
+        .arg(at(payload, 2), 2, 10, zero)
+        .arg(at(payload, 3), 2, 10, zero)
+        .arg(at(payload, 4), 2, 10, zero);
+}
+
 } // namespace
 
 bool VirtualCar::obey(Outbound command, const QByteArray &payload)
 {
+    Cluster cluster = mCluster;
     switch (command) {
     case Outbound::Climate:
         return obeyClimate(payload);
     case Outbound::AmbientLight:
-        return obeyAmbient(payload);
-    case Outbound::Unit:
-        return obeyUnit(payload);
+    case Outbound::Unit: {
+        const QVector<Setting> settings = settingsOf(command, payload);
+        for (const Setting &setting : settings)
+            setRaw(setting.value, setting.raw);
+        return !settings.isEmpty();
+    }
     case Outbound::Source:
-        return obeySource(payload);
+        cluster = {sourceOf(payload), {}, mCluster.clock};
+        return show(cluster, !cluster.source.isEmpty());
     case Outbound::SourceText:
-        return obeySourceText(payload);
+        if (const auto text = lineTextOf(payload)) {
+            cluster.source = QStringLiteral("text");
+            cluster.lines[text->line] = text->text;
+            return show(cluster, true);
+        }
+        break;
     case Outbound::Clock:
-        return obeyClock(payload);
+        cluster.clock = clockOf(payload);
+        return show(cluster, !cluster.clock.isEmpty());
     case Outbound::StartStop:
     case Outbound::Request:
     case Outbound::CarSelect:
@@ -95,108 +208,59 @@ bool VirtualCar::obey(Outbound command, const QByteArray &payload)
     return false;
 }
 
+QString VirtualCar::meaning(Outbound command, const QByteArray &payload)
+{
+    QStringList parts;
+    switch (command) {
+    case Outbound::Climate:
+        if (!isClimateKey(payload))
+            break;
+        if (isKeyUp(payload))
+            return QStringLiteral("the key came up");
+        if (const ClimateEffect *effect = effectOf(payload))
+            return textOf(*effect);
+        break;
+    case Outbound::AmbientLight:
+    case Outbound::Unit:
+        for (const Setting &setting : settingsOf(command, payload))
+            parts += QLatin1String(fieldOf(setting.value).name) + QLatin1Char(' ') +
+                     valueText(fieldOf(setting.value), setting.raw);
+        break;
+    case Outbound::Source:
+        return sourceOf(payload);
+    case Outbound::SourceText:
+        if (const auto text = lineTextOf(payload))
+            return QStringLiteral("line %1 '%2'").arg(text->line + 1).arg(text->text);
+        break;
+    case Outbound::Clock:
+        return clockOf(payload);
+    case Outbound::StartStop:
+    case Outbound::Request:
+    case Outbound::CarSelect:
+        break; // The box's own.
+    }
+    return parts.join(QStringLiteral(", "));
+}
+
 bool VirtualCar::obeyClimate(const QByteArray &payload)
 {
-    if (payload.size() != 3 || at(payload, 0) != 0xAC)
+    if (!isClimateKey(payload))
         return false;
-    const quint8 command = at(payload, 1);
-    if (command == 0)
-        return true; // The key came up.
-    const auto *effect =
-        std::find_if(std::begin(kClimateEffects), std::end(kClimateEffects),
-                     [command](const ClimateEffect &row) { return row.command == command; });
-    if (effect == std::end(kClimateEffects))
-        return false;
-    setRaw(effect->value, changed(*effect, raw(effect->value)));
-    return true;
+    if (isKeyUp(payload))
+        return true;
+    const ClimateEffect *effect = effectOf(payload);
+    if (effect)
+        setRaw(effect->value, changed(*effect, raw(effect->value)));
+    return effect;
 }
 
-bool VirtualCar::obeyAmbient(const QByteArray &payload)
+bool VirtualCar::show(const Cluster &cluster, bool isKnown)
 {
-    if (payload.size() != 2)
-        return false;
-    setRaw(valueId("ambient.colour"), at(payload, 0));
-    setRaw(valueId("ambient.level"), at(payload, 1));
-    return true;
-}
-
-bool VirtualCar::obeyUnit(const QByteArray &payload)
-{
-    if (payload.size() != 2)
-        return false;
-    const quint8 value = at(payload, 1);
-    if (at(payload, 0) == 0x72 && value <= 1) {
-        setRaw(valueId("unit.temperature"), value);
-        setRaw(valueId("climate.unit"), value); // One setting in this car.
-    } else if (at(payload, 0) == 0x70 && value <= 2) {
-        setRaw(valueId("unit.pressure"), value);
-    } else {
-        return false;
-    }
-    return true;
-}
-
-bool VirtualCar::obeySource(const QByteArray &payload)
-{
-    Cluster cluster = mCluster;
-    if (payload.size() == 5 && at(payload, 0) == 0x01) {
-        const int band = at(payload, 1);
-        const int frequency = at(payload, 2) | at(payload, 3) << 8;
-        cluster.source =
-            band == 0x10
-                ? QStringLiteral("AM %1 kHz").arg(frequency)
-                : QStringLiteral("FM%1 %2 MHz").arg(band + 1).arg(frequency / 100.0, 0, 'f', 2);
-    } else if (payload.size() == 1) {
-        cluster.source = QStringLiteral("source %1").arg(at(payload, 0));
-    } else {
-        return false;
-    }
-    cluster.lines[0].clear();
-    cluster.lines[1].clear();
-    show(cluster);
-    return true;
-}
-
-bool VirtualCar::obeySourceText(const QByteArray &payload)
-{
-    constexpr int kText = 5; // Where the UTF-16 text begins, high bytes first.
-    if (payload.size() < kText || payload.size() % 2 == 0)
-        return false;
-    const int line = at(payload, 0) - 1;
-    if (line != 0 && line != 1)
-        return false;
-    QString text;
-    for (int i = kText; i < payload.size(); i += 2)
-        text += QChar(at(payload, i) << 8 | at(payload, i + 1));
-    Cluster cluster = mCluster;
-    cluster.source = QStringLiteral("text");
-    cluster.lines[line] = text;
-    show(cluster);
-    return true;
-}
-
-bool VirtualCar::obeyClock(const QByteArray &payload)
-{
-    if (payload.size() != 6)
-        return false;
-    Cluster cluster = mCluster;
-    const QLatin1Char zero('0');
-    cluster.clock = QStringLiteral("%1-%2-%3 %4:%5")
-                        .arg(2000 + at(payload, 0))
-                        .arg(at(payload, 1), 2, 10, zero)
-                        .arg(at(payload, 2), 2, 10, zero)
-                        .arg(at(payload, 3), 2, 10, zero)
-                        .arg(at(payload, 4), 2, 10, zero);
-    show(cluster);
-    return true;
-}
-
-void VirtualCar::show(const Cluster &cluster)
-{
-    if (cluster == mCluster)
-        return;
+    if (!isKnown || cluster == mCluster)
+        return isKnown;
     mCluster = cluster;
     emit clusterChanged();
+    return true;
 }
 
 } // namespace bench

@@ -50,6 +50,8 @@ public:
 
     /// Follows a command of the head unit. \returns whether the car knows it.
     bool obey(Outbound command, const QByteArray &payload);
+    /// What obey() takes a command for; empty for what the car does not know.
+    static QString meaning(Outbound command, const QByteArray &payload);
 
     const Cluster &cluster() const { return mCluster; }
 
@@ -64,12 +66,7 @@ private:
 
     // effects.cpp
     bool obeyClimate(const QByteArray &payload);
-    bool obeyAmbient(const QByteArray &payload);
-    bool obeyUnit(const QByteArray &payload);
-    bool obeySource(const QByteArray &payload);
-    bool obeySourceText(const QByteArray &payload);
-    bool obeyClock(const QByteArray &payload);
-    void show(const Cluster &cluster);
+    bool show(const Cluster &cluster, bool isKnown);
 
     std::array<int, kValueCount> mRaw;
     bool mTwoCodesPerSensor = false;

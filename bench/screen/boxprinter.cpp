@@ -10,7 +10,7 @@ void print(const BoxEvent &event, Printer &printer)
     };
     switch (event.kind) {
     case BoxEvent::Heard:
-        return printer.print(false, event.item, event.seconds);
+        return printer.print(false, event.item, event.seconds, event.text);
     case BoxEvent::Changed:
         return note("car", QStringLiteral("%1: %2 -> %3").arg(event.name, event.before, event.text),
                     {{"name", event.name}, {"before", event.before}, {"text", event.text}});

@@ -325,14 +325,14 @@ void Printer::print(const Event &event, const StateWatch &state)
     }
 }
 
-void Printer::print(bool fromBox, const LineItem &item, double seconds)
+void Printer::print(bool fromBox, const LineItem &item, double seconds, const QString &meaning)
 {
     switch (mFormat) {
     case Text:
-        printText(fromBox, item, seconds);
+        printText(fromBox, item, seconds, meaning);
         break;
     case Json:
-        printJson(fromBox, item, seconds);
+        printJson(fromBox, item, seconds, meaning);
         break;
     case Csv:
         beginRow(seconds, fromBox ? "box" : "host", kindName(item.kind));
@@ -346,12 +346,16 @@ void Printer::print(bool fromBox, const LineItem &item, double seconds)
     }
 }
 
-void Printer::printText(bool fromBox, const LineItem &item, double seconds)
+void Printer::printText(bool fromBox, const LineItem &item, double seconds, const QString &meaning)
 {
     mLine.clear();
     appendTime(&mLine, seconds);
     mLine += fromBox ? "box >  " : "host > ";
     appendItem(&mLine, fromBox, item);
+    if (!meaning.isEmpty()) {
+        mLine += ": ";
+        append(&mLine, meaning);
+    }
     put(mLine += '\n');
 }
 
@@ -363,7 +367,7 @@ JsonLine &Printer::beginJson(double seconds)
     return mJson;
 }
 
-void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
+void Printer::printJson(bool fromBox, const LineItem &item, double seconds, const QString &meaning)
 {
     mLine.clear();
     appendHex(&mLine, item.bytes);
@@ -377,6 +381,8 @@ void Printer::printJson(bool fromBox, const LineItem &item, double seconds)
     if (item.kind == LineItem::BadChecksum)
         mJson.member("received", typeText(item.received).c_str())
             .member("expected", typeText(item.expected).c_str());
+    if (!meaning.isEmpty())
+        mJson.member("meaning", meaning);
     putBytes(mJson.end());
 }
 

@@ -38,8 +38,8 @@ public:
 
     /// \p state is the state after the event.
     void print(const Event &event, const StateWatch &state);
-    /// Something on the line.
-    void print(bool fromBox, const LineItem &item, double seconds);
+    /// Something on the line, with what it says where that is known.
+    void print(bool fromBox, const LineItem &item, double seconds, const QString &meaning = {});
     /// Something else: \p text for a person, \p members for a program.
     void note(double seconds, const char *source, const QString &text,
               const QVector<QPair<const char *, Value>> &members);
@@ -58,8 +58,8 @@ private:
     bool isRepetition(const Event &event);
     void printJson(const Event &event);
     void printCsv(const Event &event);
-    void printText(bool fromBox, const LineItem &item, double seconds);
-    void printJson(bool fromBox, const LineItem &item, double seconds);
+    void printText(bool fromBox, const LineItem &item, double seconds, const QString &meaning);
+    void printJson(bool fromBox, const LineItem &item, double seconds, const QString &meaning);
     void beginRow(double seconds, const char *source, const char *kind);
     void endRow();
     void printText(const Summary &summary, double seconds);
