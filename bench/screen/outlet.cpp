@@ -13,12 +13,18 @@ namespace bench {
 
 namespace {
 
+mode_t kindOf(int descriptor)
+{
+    struct stat found;
+    return fstat(descriptor, &found) == 0 ? found.st_mode & S_IFMT : 0;
+}
+
 // The flag that keeps a write from waiting belongs to the open pipe or terminal, which the shell
 // and other programs share; so it is opened once more.
 int openAgain(int descriptor)
 {
-    struct stat found;
-    if (fstat(descriptor, &found) != 0 || !(S_ISFIFO(found.st_mode) || S_ISCHR(found.st_mode)) ||
+    const mode_t kind = kindOf(descriptor);
+    if ((kind != S_IFIFO && kind != S_IFCHR) ||
         (fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY)
         return -1;
     const QByteArray path = "/proc/self/fd/" + QByteArray::number(descriptor);
@@ -30,6 +36,7 @@ int openAgain(int descriptor)
 Outlet::Outlet(int descriptor, QObject *parent)
     : QObject(parent)
     , mDescriptor(descriptor)
+    , mIsSocket(kindOf(descriptor) == S_IFSOCK)
     , mOwn(openAgain(descriptor))
     , mRoom(mOwn >= 0 ? mOwn : descriptor, QSocketNotifier::Write)
 {
@@ -77,22 +84,21 @@ void Outlet::push()
         emit drained();
 }
 
-// Where the system would not let us in a second time, a pipe that has room at all takes as much as
-// this without waiting.
 qint64 Outlet::writeSome() const
 {
     const auto size = static_cast<size_t>(mUnread.size());
-    const ssize_t sent =
-        ::send(mDescriptor, mUnread.constData(), size, MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent >= 0 || errno != ENOTSOCK)
-        return sent;
-    const int descriptor = mOwn >= 0 ? mOwn : mDescriptor;
-    pollfd room{descriptor, POLLOUT, 0};
+    if (mIsSocket)
+        return ::send(mDescriptor, mUnread.constData(), size, MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (mOwn >= 0)
+        return ::write(mOwn, mUnread.constData(), size);
+    // Where the system would not let us in a second time, a pipe that has room at all takes as much
+    // as this without waiting; a file always has.
+    pollfd room{mDescriptor, POLLOUT, 0};
     if (poll(&room, 1, 0) == 0) {
         errno = EAGAIN;
         return -1;
     }
-    return ::write(descriptor, mUnread.constData(), std::min<size_t>(size, PIPE_BUF));
+    return ::write(mDescriptor, mUnread.constData(), std::min<size_t>(size, PIPE_BUF));
 }
 
 } // namespace bench

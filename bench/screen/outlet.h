@@ -35,6 +35,7 @@ private:
     qint64 writeSome() const;
 
     const int mDescriptor;
+    const bool mIsSocket;
     const int mOwn; ///< Another way to the same pipe or terminal, or -1.
     QByteArray mUnread;
     QSocketNotifier mRoom; ///< While something is unread.
