@@ -512,8 +512,14 @@ void Printer::printText(const Summary &summary, double seconds)
     printCount(0, "bad receipts to the box", summary.toBox.badReceipts);
     printCount(0, "bad checksums from the box", summary.fromBox.badChecksums);
     printCount(0, "noise bytes from the box", summary.fromBox.noiseBytes);
+    // The bench's own host makes none.
+    if (summary.toBox.badChecksums + summary.toBox.noiseBytes > 0) {
+        printCount(0, "bad checksums to the box", summary.toBox.badChecksums);
+        printCount(0, "noise bytes to the box", summary.toBox.noiseBytes);
+    }
     printCount(0, "writes that the device did not take", summary.droppedWrites);
-    put(QStringLiteral("  events"));
+    if (!summary.events.isEmpty())
+        put(QStringLiteral("  events"));
     for (auto row = summary.events.cbegin(); row != summary.events.cend(); ++row)
         printCount(2, row.key(), row.value());
 }
