@@ -74,6 +74,7 @@ const struct
     {"a report over the scenario", "play --force --junit FILE FILE", 1, "is read by this command"},
     {"a folder without scenarios", "play /dev", 1, "no *.scenario file"},
     {"a tap of one device", "tap x x", 2, "two devices"},
+    {"a tap of one device by two names", "tap TAKEN LINK", 2, "two devices"},
     {"a tap that pulls cables", "tap --faults unplug x y", 2, "cannot have 'unplug'"},
     {"a tap of what is not there", "tap /nonexistent1 /nonexistent2", 1, "cannot open"},
     {"a tap into a file that exists", "tap --trace TAKEN /nonexistent1 /nonexistent2", 1,
@@ -345,6 +346,35 @@ private slots:
         box.closeWriteChannel();
         QVERIFY(box.waitForFinished(5000));
         QVERIFY(box.readAllStandardOutput().endsWith("\nok\nok\nok open\n"));
+    }
+
+    // More of them than a pipe and its writer would keep.
+    void noAnswerIsLostToASlowReader()
+    {
+        constexpr int kCount = 300;
+        const QByteArray line = "get " + QByteArray(10000, 'x') + '\n';
+        const QString answers = path("answers");
+        QCOMPARE(mkfifo(answers.toLocal8Bit().constData(), 0600), 0);
+        const int output = open(answers.toLocal8Bit().constData(), O_RDONLY | O_NONBLOCK);
+        Bench box({"box", "--control", "-"}, answers);
+        box.write(line.repeated(kCount));
+        box.closeWriteChannel();
+        while (box.bytesToWrite() > 0 && box.waitForBytesWritten(300)) {
+            // Until all of it waits.
+        }
+        QVERIFY(box.bytesToWrite() > 0);
+        const auto notifier = std::make_unique<QSocketNotifier>(output, QSocketNotifier::Read);
+        QByteArray read;
+        connect(notifier.get(), &QSocketNotifier::activated, this, [&] {
+            char buffer[4096];
+            const ssize_t size = ::read(output, buffer, sizeof buffer);
+            read.append(buffer, static_cast<int>(qMax<ssize_t>(size, 0)));
+            notifier->setEnabled(size > 0);
+        });
+        QTRY_COMPARE_WITH_TIMEOUT(box.state(), QProcess::NotRunning, 10000);
+        QTRY_VERIFY(!notifier->isEnabled());
+        close(output);
+        QCOMPARE(read.count("\nerror: "), kCount);
     }
 
     void refusesBeforeAnythingRuns_data() { addRows(kRefusals); }

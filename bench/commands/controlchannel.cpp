@@ -85,8 +85,14 @@ struct ControlChannel::Client
     }
 
     // A batch from standard input may have more answers than anybody reads at once: it waits.
-    bool isBehind() const { return descriptor < 0 && outlet.unread() > kMuchUnread; }
+    bool isBehind() const { return descriptor < 0 && outlet.unread() > kMuchUnread && !isMute; }
     void proceed() { lines.setPaused(isDropped || control.isBusy() || isBehind()); }
+    QByteArray mute()
+    {
+        isMute = true;
+        QTimer::singleShot(0, &lines, [this] { proceed(); });
+        return outlet.takeUnread();
+    }
 
     int descriptor; ///< Of the socket; -1 for standard output.
     Control control;
@@ -94,6 +100,7 @@ struct ControlChannel::Client
     Outlet outlet;
     bool hasEnded = false;
     bool isDropped = false;
+    bool isMute = false; ///< Standard output is lost; its input still counts.
 };
 
 ControlChannel::ControlChannel(const Stage &stage, QObject *parent)
@@ -205,11 +212,12 @@ ControlChannel::Client &ControlChannel::add(int descriptor, int input)
             QTimer::singleShot(0, &client.lines, [&client] { client.proceed(); });
     });
     connect(&client.outlet, &Outlet::failed, this, [this, &client] {
-        if (client.descriptor < 0) { // It meets the same error, and tells it.
-            standardOutput().bytes(client.outlet.takeUnread());
-            standardOutput().flush();
-        }
-        drop(client);
+        if (client.descriptor >= 0)
+            return drop(client);
+        client.isMute = true;
+        standardOutput().bytes(
+            client.outlet.takeUnread()); // It meets the same error, and tells it.
+        standardOutput().flush();
     });
     return client;
 }
@@ -230,14 +238,15 @@ void ControlChannel::publish(const QByteArray &json)
 
 void ControlChannel::send(Client &client, const QByteArray &bytes)
 {
-    if (client.isDropped)
+    if (client.isDropped || client.isMute)
         return;
     client.outlet.write(bytes);
     if (client.outlet.unread() <= kMostUnread)
         return;
-    if (client.descriptor < 0)
-        fail(QStringLiteral("nobody reads the answers on standard output; no more are given"));
-    drop(client);
+    if (client.descriptor >= 0)
+        return drop(client);
+    client.mute();
+    fail(QStringLiteral("nobody reads the answers on standard output; no more are given"));
 }
 
 // From the event loop, because whoever finds out is the client's own; and not before its step is
