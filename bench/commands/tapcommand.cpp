@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <array>
@@ -253,7 +254,9 @@ int tapCommand(const QStringList &arguments)
     const QStringList devices = line.positionalArguments();
     if (devices.size() < 2)
         return line.complain("name the device of the head unit and that of the box");
-    if (devices.first() == devices.last())
+    const QString first = QFileInfo(devices.first()).canonicalFilePath(); // Empty for none.
+    if (devices.first() == devices.last() ||
+        (!first.isEmpty() && first == QFileInfo(devices.last()).canonicalFilePath()))
         return line.complain("the head unit and the box are at two devices, not at one");
 
     const QString control = line.value("control");
