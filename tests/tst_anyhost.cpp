@@ -296,6 +296,22 @@ private slots:
         QVERIFY(recording.readAll().contains("T 2E8101017C\n"));
     }
 
+    void tellsWhatAHostDoesWrong()
+    {
+        Bench box({"box", "--link", path("wrong")});
+        QVERIFY(box.tells("box at"));
+        auto host = std::make_unique<canservice::SerialPort>();
+        QVERIFY(host->open(path("wrong"), 9600));
+        host->writeData(QByteArray::fromHex("2E8101017C2E8101017C"), false);
+        QVERIFY(box.tells("host > noise 00 00"));
+        QVERIFY(box.tells("host   speaks at 9600 baud instead of 38400\n"));
+        host.reset();
+        QVERIFY(box.tells("host   closes the device\n"));
+        host = std::make_unique<canservice::SerialPort>();
+        QVERIFY(host->open(path("wrong"), 38400));
+        QVERIFY(box.tells("host   is silent\n"));
+    }
+
     void saysWhatAFrameMeans_data() { addRows(kMeanings); }
     void saysWhatAFrameMeans()
     {
