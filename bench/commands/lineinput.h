@@ -18,6 +18,8 @@ public:
 
     /// A paused input tells no lines, and after a while its writer has to wait.
     void setPaused(bool on);
+    /// Whether ended() was emitted.
+    bool hasEnded() const { return mEnded; }
 
 signals:
     /// Without the line end. Each of these may pause the input or, later, end it.

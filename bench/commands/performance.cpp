@@ -1,6 +1,5 @@
 #include "bench/commands/performance.h"
 
-#include "bench/commands/lineinput.h"
 #include "bench/language/runner.h"
 #include "bench/recording/pagerecorder.h"
 #include "bench/screen/output.h"
@@ -40,7 +39,8 @@ public:
         mName = text;
     }
 
-    ReportSuite finish(Runner::Result result, int code, const QVector<Step> &steps)
+    ReportSuite finish(Runner::Result result, int code, const QString &failure,
+                       const QVector<Step> &steps)
     {
         endPart();
         ReportCase &last = mSuite.cases.last();
@@ -49,7 +49,7 @@ public:
         last.outcome = result == Runner::Unmet ? ReportCase::Unmet : ReportCase::Broken;
         last.message = result == Runner::Passed
                            ? QStringLiteral("the host does not show what the car is")
-                           : mRunner.failure();
+                           : failure;
         if (result == Runner::Unmet)
             last.detail = QStringLiteral("%1:%2: expected %3, but %4")
                               .arg(mSuite.name)
@@ -80,7 +80,7 @@ private:
 } // namespace
 
 int perform(const Scenario &scenario, const QString &name, double speed, RunOptions options,
-            ReportSuite *report)
+            std::unique_ptr<LineInput> *person, ReportSuite *report)
 {
     options.session.carModel = scenario.carModel;
     options.session.carIndex = scenario.carIndex;
@@ -91,26 +91,30 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                      [&](const Event &event) { run.printer().print(event, session.state()); });
     Runner runner(Stage(session), speed);
     Reporter reporter(runner, name);
-    std::unique_ptr<LineInput> person;
     QString silence; // Why nobody answers.
+    const auto leave = [&] {
+        silence = QStringLiteral("the standard input has ended, and nobody is there to act; "
+                                 "--unattended tells the lines");
+        runner.abort();
+    };
     QObject::connect(&runner, &Runner::said, [&](const QString &text) { reporter.onSaid(text); });
-    QObject::connect(&runner, &Runner::asked, [&](const QString &text) {
+    QObject::connect(&runner, &Runner::asked, [&, isKnown = false](const QString &text) mutable {
         standardError().line(text); // Standard output may be for a program.
-        if (!person) {
-            person = std::make_unique<LineInput>(STDIN_FILENO, 4096);
-            QObject::connect(person.get(), &LineInput::line, [&] {
+        if (!*person)
+            *person = std::make_unique<LineInput>(STDIN_FILENO, 4096);
+        LineInput *lines = person->get();
+        if (!std::exchange(isKnown, true)) {
+            QObject::connect(lines, &LineInput::line, &runner, [&runner, lines] {
                 // In a file or a pipe, each line is for the next prompt, and the end is none yet.
                 // What is typed ahead is for nothing.
-                person->setPaused(!isatty(STDIN_FILENO));
+                lines->setPaused(!isatty(STDIN_FILENO));
                 runner.answer();
             });
-            QObject::connect(person.get(), &LineInput::ended, [&] {
-                silence = QStringLiteral("the standard input has ended, and nobody is there to "
-                                         "act; --unattended tells the lines");
-                runner.abort();
-            });
+            QObject::connect(lines, &LineInput::ended, &runner, leave);
         }
-        person->setPaused(false);
+        if (lines->hasEnded())
+            leave();
+        lines->setPaused(false);
     });
     QObject::connect(&runner, &Runner::said,
                      [&](const QString &text) { run.printer().heading(text, session.seconds()); });
@@ -130,8 +134,6 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     const Runner::Result result = runner.play(scenario.steps);
     if (page && result == Runner::Unmet)
         page->unmet(QStringLiteral("line %1: %2").arg(runner.line()).arg(runner.failure()));
-    if (!silence.isEmpty())
-        fail(QStringLiteral("%1:%2: %3").arg(name).arg(runner.line()).arg(silence));
     int code = run.finish(!silence.isEmpty()          ? int(Failed)
                           : result == Runner::Aborted ? SignalBase + run.unixSignals().latest()
                           : result == Runner::Passed  ? int(Done)
@@ -142,10 +144,11 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
         fail(problem);
         code = code == Done ? int(Failed) : code;
     }
-    if (result == Runner::Aborted)
+    if (result == Runner::Aborted && silence.isEmpty())
         return code;
+    const QString failure = silence.isEmpty() ? runner.failure() : silence;
     if (report)
-        *report = reporter.finish(result, code, scenario.steps);
+        *report = reporter.finish(result, code, failure, scenario.steps);
     const QString file = runner.file().isEmpty() ? name : runner.file();
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
     QVector<QPair<const char *, Value>> members{
@@ -155,7 +158,7 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                     {"line", runner.line()},
                     {"expected", runner.expected()},
                     {"actual", runner.actual()},
-                    {"failure", runner.failure()}};
+                    {"failure", failure}};
     if (run.printer().format() == Printer::Text)
         run.printer().outcome({}, {});
     run.printer().outcome(QStringLiteral("%1 %2, expectations met: %3")
@@ -163,8 +166,7 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                               .arg(runner.expectationsMet()),
                           members);
     if (result != Runner::Passed)
-        standardError().line(
-            QStringLiteral("%1:%2: %3").arg(file).arg(runner.line()).arg(runner.failure()));
+        standardError().line(QStringLiteral("%1:%2: %3").arg(file).arg(runner.line()).arg(failure));
     return code;
 }
 

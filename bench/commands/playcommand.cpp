@@ -109,10 +109,11 @@ int playAll(const QVector<Play> &plays, double speed, const RunOptions &options,
 {
     int code = Done;
     QStringList failed;
+    std::unique_ptr<LineInput> person;
     for (const Play &play : plays) {
         ReportSuite report;
         report.name = play.file;
-        const int result = perform(play.scenario, play.file, speed, options, &report);
+        const int result = perform(play.scenario, play.file, speed, options, &person, &report);
         reports->append(report);
         if (result > SignalBase)
             return result;

@@ -34,7 +34,8 @@ int tourCommand(const QStringList &arguments)
     const Scenario scenario =
         parseScenario(resource("tour.scenario") +
                       (line.isSet("full") ? resource("tour_silence.part") : QByteArray()));
-    return perform(scenario, QStringLiteral("The tour"), 1, {});
+    std::unique_ptr<LineInput> nobody; // Nothing is asked.
+    return perform(scenario, QStringLiteral("The tour"), 1, {}, &nobody);
 }
 
 } // namespace bench
