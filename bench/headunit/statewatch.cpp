@@ -14,14 +14,11 @@ QVector<QVector<int>> readAnnouncements()
     const QVector<SignalInfo> &rows = interfaceSignals();
     QVector<QVector<int>> announced(rows.size() + 1);
     for (int index = 0; index < getterCount(); ++index) {
-        for (const Announcement announcement : getter(index).announcements) {
-            if (!announcement)
-                continue;
-            const int method = QMetaMethod::fromSignal(announcement).methodIndex();
-            for (int signal = 0; signal < rows.size(); ++signal)
-                if (rows.at(signal).method == method)
-                    announced[signal] += index;
-        }
+        const Announcement announcement = getter(index).announcement;
+        const int method = announcement ? QMetaMethod::fromSignal(announcement).methodIndex() : -1;
+        for (int signal = 0; signal < rows.size(); ++signal)
+            if (rows.at(signal).method == method)
+                announced[signal] += index;
         if (getter(index).quiet)
             announced.last() += index;
     }

@@ -20,39 +20,22 @@ QString signalOf(const bench::Getter &row)
     return {};
 }
 
-// A wire that carries one value.
-class OneValue : public Wire
-{
-public:
-    OneValue(ValueId id, int raw)
-        : mId(id)
-        , mRaw(raw)
-    {
-    }
-
-    std::optional<int> raw(ValueId id) const override
-    {
-        return id == mId ? std::optional<int>(mRaw) : std::nullopt;
-    }
-    int carModel() const override { return 1; }
-
-private:
-    const ValueId mId;
-    const int mRaw;
-};
-
 // The whole numbers that a host shows for all that the wire can say, with the getter's words:
 // "1 to 5, 7, none".
 QString numbersShown(ValueId id, const bench::Getter &row)
 {
     constexpr int kInt = 1;
+    constexpr int kModel = 0; // Of no car with rules of its own.
     if (row.read.type != kInt || !row.meaning)
         return {};
     std::set<int> numbers;
     QStringList parts, words;
-    for (int raw = 0; raw <= fieldOf(id).mask(); ++raw)
-        if (const std::optional<Value> value = row.meaning(OneValue(id, raw)))
+    for (int raw = 0; raw <= fieldOf(id).mask(); ++raw) {
+        QByteArray payload(reportOf(id).size, '\0');
+        pack(fieldOf(id), raw, false, &payload);
+        if (const auto value = row.meaning(PayloadWire(reportOf(id).type, payload, kModel)))
             numbers.insert(static_cast<int>(numberOf(*value)));
+    }
     for (const Word &word : row.words)
         if (numbers.erase(word.raw) > 0)
             words += QLatin1String(word.text);
