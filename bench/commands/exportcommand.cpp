@@ -4,6 +4,7 @@
 #include "bench/recording/htmlexport.h"
 #include "bench/recording/outputfile.h"
 #include "bench/screen/output.h"
+#include "bench/wire/named.h"
 
 #include <QFileInfo>
 
@@ -25,14 +26,6 @@ constexpr Format kFormats[] = {
     {"pcapng", [](auto &trace, auto &out, auto &) { return exportPcapng(trace, out); }, false},
     {"html", exportHtml, false},
 };
-
-const Format *findFormat(const QString &name)
-{
-    for (const Format &format : kFormats)
-        if (name == QLatin1String(format.name))
-            return &format;
-    return nullptr;
-}
 
 } // namespace
 
@@ -62,7 +55,7 @@ int exportCommand(const QStringList &arguments)
         return *code;
     const QString file = line.positionalArguments().value(0);
     const QString output = line.isSet("output") ? line.value("output") : "-";
-    const Format *format = findFormat(line.value("format"));
+    const Format *format = findNamed(kFormats, line.value("format"));
     HtmlOptions options{QFileInfo(file).fileName(), line.value("plugin"), {}};
     if (line.isSet("model"))
         options.carModel = line.number("model", 1, -32768, 65535);
@@ -76,7 +69,7 @@ int exportCommand(const QStringList &arguments)
                 .arg(line.isSet("format")
                          ? QStringLiteral(", not '%1'%2")
                                .arg(line.value("format"),
-                                    didYouMean(line.value("format"), {"candump", "pcapng", "html"}))
+                                    didYouMean(line.value("format"), namesOf(kFormats)))
                          : QString()));
     if (output == "-" && !format->isText && isatty(STDOUT_FILENO))
         return line.complain(

@@ -139,9 +139,8 @@ int namesCommand(const QStringList &arguments)
         return sayNames(line.positionalArguments().value(0), line.isSet("json"), false);
     const QStringList words = wordsFor(line.value("of"));
     if (words.isEmpty())
-        return line.complain(QStringLiteral("--of knows no '%1'; possible: %2%3")
-                                 .arg(line.value("of"), wordedOptions().join(", "),
-                                      didYouMean(line.value("of"), wordedOptions())));
+        return line.complain(QStringLiteral("--of knows no '%1'").arg(line.value("of")) +
+                             possible(line.value("of"), wordedOptions()));
     for (const QString &word : words)
         say(word);
     return Done;

@@ -2,17 +2,15 @@
 
 #include "bench/headunit/session.h"
 #include "bench/language/closestname.h"
+#include "bench/wire/named.h"
 #include "bench/wire/reports.h"
 
 namespace bench {
 
 QString readTypeFilter(const QString &text, bool withEvents, TypeFilter *filter)
 {
-    QStringList names = withEvents ? eventNames() : QStringList();
-    for (const Report &report : kReports)
-        names += QLatin1String(report.name);
-    for (const Command &command : kCommands)
-        names += QLatin1String(command.name);
+    const QStringList names =
+        (withEvents ? eventNames() : QStringList()) + namesOf(kReports) + namesOf(kCommands);
     for (const QString &part : text.split(',')) {
         const QString name = part.trimmed();
         bool isNumber = false;
@@ -21,18 +19,15 @@ QString readTypeFilter(const QString &text, bool withEvents, TypeFilter *filter)
             filter->fromBox += static_cast<quint8>(number);
             filter->toBox += static_cast<quint8>(number);
         } else if (!names.contains(name)) {
-            return QStringLiteral(
-                       "--only knows no frame '%1'; possible: numbers such as 0x24, %2%3")
-                .arg(name, names.join(", "), didYouMean(name, names));
+            return QStringLiteral("--only knows no frame '%1'").arg(name) +
+                   possible(name, names, QStringLiteral("numbers such as 0x24, "));
         } else if (withEvents && eventNames().contains(name)) {
             filter->events += name;
         }
-        for (const Report &report : kReports)
-            if (name == QLatin1String(report.name))
-                filter->fromBox += static_cast<quint8>(report.type);
-        for (const Command &command : kCommands)
-            if (name == QLatin1String(command.name))
-                filter->toBox += static_cast<quint8>(command.type);
+        if (const Report *report = findNamed(kReports, name))
+            filter->fromBox += static_cast<quint8>(report->type);
+        if (const Command *command = findNamed(kCommands, name))
+            filter->toBox += static_cast<quint8>(command->type);
     }
     return {};
 }

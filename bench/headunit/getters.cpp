@@ -1,5 +1,7 @@
 #include "bench/headunit/getters.h"
 
+#include "bench/wire/named.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -276,10 +278,8 @@ const Getter &getter(int index) { return kGetters[index]; }
 
 int findGetter(const QString &name)
 {
-    const auto *found =
-        std::find_if(std::begin(kGetters), std::end(kGetters),
-                     [&name](const Getter &row) { return name == QLatin1String(row.name); });
-    return found == std::end(kGetters) ? -1 : static_cast<int>(found - std::begin(kGetters));
+    const Getter *found = findNamed(kGetters, name);
+    return found ? static_cast<int>(found - kGetters) : -1;
 }
 
 QString Getter::text(const Value &value, const QString &unitText) const

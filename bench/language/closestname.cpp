@@ -44,4 +44,10 @@ QString didYouMean(const QString &name, const QStringList &candidates)
     return best.isEmpty() ? QString() : QStringLiteral("; did you mean '%1'?").arg(best);
 }
 
+QString possible(const QString &name, const QStringList &candidates, const QString &others)
+{
+    return QStringLiteral("; possible: ") + others + candidates.join(QStringLiteral(", ")) +
+           didYouMean(name, candidates);
+}
+
 } // namespace bench

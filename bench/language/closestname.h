@@ -13,4 +13,7 @@ int editDistance(const QString &one, const QString &other);
 /// near: at most one edit per three letters.
 QString didYouMean(const QString &name, const QStringList &candidates);
 
+/// `; possible: A, B`, with what didYouMean() says. \param others before the candidates.
+QString possible(const QString &name, const QStringList &candidates, const QString &others = {});
+
 } // namespace bench

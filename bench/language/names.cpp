@@ -5,6 +5,7 @@
 #include "bench/language/expectation.h"
 #include "bench/language/operations.h"
 #include "bench/wire/linefaults.h"
+#include "bench/wire/named.h"
 
 #include <set>
 
@@ -96,23 +97,9 @@ QStringList keyCodes()
     return codes;
 }
 
-QStringList carValueNames()
-{
-    QStringList names;
-    for (int index = 0; index < kValueCount; ++index)
-        names += QLatin1String(fieldOf(ValueId{index}).name);
-    return names;
-}
-
 QStringList faultWords() { return QStringList("all") + faultNames(); }
 
-QStringList frameTypes()
-{
-    QStringList names;
-    for (const Report &report : kReports)
-        names += QLatin1String(report.name);
-    return names;
-}
+QStringList frameTypes() { return namesOf(kReports); }
 
 // Those that differ from the others on the wire.
 QStringList specialModels()
@@ -126,10 +113,10 @@ QStringList specialModels()
 
 const struct
 {
-    const char *what;
+    const char *name;
     QStringList (*words)();
 } kWords[] = {
-    {"set", carValueNames},   {"expect", Observable::names}, {"signal", eventNames},
+    {"set", valueNames},      {"expect", Observable::names}, {"signal", eventNames},
     {"call", operationNames}, {"faults", faultWords},        {"press", keyCodes},
     {"only", frameTypes},     {"model", specialModels},      {"of", wordedOptions},
 };
@@ -179,19 +166,12 @@ QVector<NameRow> nameRows()
 
 QStringList wordsFor(const QString &what)
 {
-    for (const auto &row : kWords)
-        if (what == QLatin1String(row.what))
-            return row.words();
+    if (const auto *row = findNamed(kWords, what))
+        return row->words();
     const std::optional<ValueId> id = findValue(what);
     return id ? valueWords(*id) : QStringList();
 }
 
-QStringList wordedOptions()
-{
-    QStringList names;
-    for (const auto &row : kWords)
-        names += QLatin1String(row.what);
-    return names;
-}
+QStringList wordedOptions() { return namesOf(kWords); }
 
 } // namespace bench

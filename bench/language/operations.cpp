@@ -1,6 +1,7 @@
 #include "bench/language/operations.h"
 
 #include "bench/language/closestname.h"
+#include "bench/wire/named.h"
 
 #include <canservicebase.h>
 
@@ -15,7 +16,7 @@ namespace {
 
 struct NamedNumber
 {
-    const char *text;
+    const char *name;
     int number;
 };
 
@@ -110,19 +111,11 @@ bool readWord(LineReader &line, const char *what, const NamedNumber (&words)[Cou
     QString text;
     if (!line.text(what, &text))
         return false;
-    QStringList names;
-    for (const NamedNumber &word : words) {
-        if (text == QLatin1String(word.text)) {
-            *result = word.number;
-            return true;
-        }
-        names += QLatin1String(word.text);
-    }
-    bool isNumber = false;
-    *result = text.toInt(&isNumber);
-    return isNumber || line.fail(QStringLiteral("'%1' is not %2; possible: a number, %3%4")
-                                     .arg(text, QLatin1String(what), names.join(", "),
-                                          didYouMean(text, names)));
+    const NamedNumber *word = findNamed(words, text);
+    bool isNumber = true;
+    *result = word ? word->number : text.toInt(&isNumber);
+    return isNumber || line.fail(QStringLiteral("'%1' is not %2").arg(text, QLatin1String(what)) +
+                                 possible(text, namesOf(words), QStringLiteral("a number, ")));
 }
 
 bool readOptionalNumber(LineReader &line, int *result)
@@ -206,21 +199,18 @@ bool readClock(LineReader &line, HostCall *call)
     return true;
 }
 
+// Null for a mistake.
 template <typename Rows>
-const auto *readRow(LineReader &line, const char *what, const Rows &rows)
+auto readRow(LineReader &line, const char *what, const Rows &rows) -> decltype(std::begin(rows))
 {
     QString name;
-    QStringList names;
     if (!line.text(what, &name))
-        return static_cast<decltype(std::begin(rows))>(nullptr);
-    for (const auto &row : rows) {
-        names += QLatin1String(row.name);
-        if (name == names.last())
-            return &row;
-    }
-    line.fail(QStringLiteral("'%1' is not %2; possible: %3%4")
-                  .arg(name, QLatin1String(what), names.join(", "), didYouMean(name, names)));
-    return static_cast<decltype(std::begin(rows))>(nullptr);
+        return nullptr;
+    const auto row = findNamed(rows, name);
+    if (!row)
+        line.fail(QStringLiteral("'%1' is not %2").arg(name, QLatin1String(what)) +
+                  possible(name, namesOf(rows)));
+    return row;
 }
 
 bool readRequest(LineReader &line, HostCall *call)
@@ -318,22 +308,14 @@ bool readHostCall(LineReader &line, HostCall *call)
     return operation && operation->read(line, call);
 }
 
-QStringList operationNames()
-{
-    QStringList names;
-    for (const auto &operation : kOperations)
-        names += QLatin1String(operation.name);
-    return names;
-}
+QStringList operationNames() { return namesOf(kOperations); }
 
 QString hostCallSyntax()
 {
     QString text;
     for (const auto &operation : kOperations)
-        text += QStringLiteral("call %1 %2")
-                    .arg(QLatin1String(operation.name), QLatin1String(operation.arguments))
-                    .trimmed() +
-                '\n';
+        text +=
+            QStringLiteral("call %1 %2").arg(operation.name, operation.arguments).trimmed() + '\n';
     return text;
 }
 

@@ -1,6 +1,6 @@
 #include "bench/wire/reports.h"
 
-#include <QStringList>
+#include "bench/wire/named.h"
 
 #include <algorithm>
 #include <array>
@@ -46,10 +46,19 @@ QString nameIn(const Rows &rows, quint8 dataType)
 
 std::optional<ValueId> findValue(const QString &name)
 {
-    for (int index = 0; index < kValueCount; ++index)
-        if (name == QLatin1String(fieldOf(ValueId{index}).name))
-            return ValueId{index};
-    return std::nullopt;
+    const int index = valueNames().indexOf(name);
+    return index < 0 ? std::nullopt : std::optional<ValueId>(ValueId{index});
+}
+
+QStringList valueNames()
+{
+    static const QStringList names = [] {
+        QStringList list;
+        for (const Report &report : kReports)
+            list += namesOf(report.fields);
+        return list;
+    }();
+    return names;
 }
 
 const Field &fieldOf(ValueId id) { return *place(id).field; }

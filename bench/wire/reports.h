@@ -8,7 +8,7 @@
 #include "bench/wire/span.h"
 #include "protocol/frame.h"
 
-#include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -285,6 +285,8 @@ constexpr ValueId valueId(const char *name)
 
 /// The value of a name that a person gave.
 std::optional<ValueId> findValue(const QString &name);
+/// Of all values.
+QStringList valueNames();
 
 const Field &fieldOf(ValueId id);
 const Report &reportOf(ValueId id);
