@@ -1,6 +1,7 @@
 // The steps of the box, its line and its cable.
 #include "bench/language/closestname.h"
 #include "bench/language/parser.h"
+#include "bench/language/stage.h"
 
 namespace bench {
 
@@ -16,19 +17,17 @@ bool readFaultKind(LineReader &line, bool all, QVector<Fault> *faults)
     QString name;
     if (!line.text("a kind of fault", &name))
         return false;
-    for (int i = 0; i < kFaultCount; ++i)
-        if (name == QLatin1String(faultInfo(i).name)) {
-            faults->append(faultInfo(i).fault);
-            return true;
-        }
+    if (const FaultInfo *row = findFault(name)) {
+        faults->append(row->fault);
+        return true;
+    }
     if (all && name == QLatin1String("all")) {
         for (int i = 0; i < kFaultCount; ++i)
             faults->append(faultInfo(i).fault);
         return true;
     }
-    const QStringList names = faultNames();
-    return line.fail(QStringLiteral("there is no fault '%1'; possible: %2%3")
-                         .arg(name, names.join(", "), didYouMean(name, names)));
+    return line.fail(QStringLiteral("there is no fault '%1'").arg(name) +
+                     possible(name, faultNames()));
 }
 
 } // namespace
@@ -50,11 +49,20 @@ bool readBytes(LineReader &line, ParseContext &context)
     QByteArray rest;
     if (!line.number("a byte", 0, 255, &first) || !line.bytes("a byte", &rest))
         return false;
-    return context.add(Bytes{static_cast<char>(first) + rest});
+    return context.add(Do{[bytes = static_cast<char>(first) + rest](const Stage &stage) {
+        stage.box->box().sendRaw(bytes);
+    }});
 }
 
-bool readSilence(LineReader &, ParseContext &context) { return context.add(Box::Silent); }
-bool readSpeak(LineReader &, ParseContext &context) { return context.add(Box::Speaking); }
+bool readSilence(LineReader &, ParseContext &context)
+{
+    return context.add(Do{[](const Stage &stage) { stage.box->box().setSilent(true); }});
+}
+
+bool readSpeak(LineReader &, ParseContext &context)
+{
+    return context.add(Do{[](const Stage &stage) { stage.box->box().setSilent(false); }});
+}
 
 bool readUnplug(LineReader &line, ParseContext &context)
 {
@@ -75,13 +83,14 @@ bool readPlug(LineReader &line, ParseContext &context)
 bool readFault(LineReader &line, ParseContext &context)
 {
     if (line.accept("none"))
-        return context.add(NoFaults{});
+        return context.add(Do{[](const Stage &stage) { stage.box->faults().setPlan({}); }});
     QVector<Fault> faults;
     double rate = 0;
     if (!readFaultKind(line, line.follows("rate"), &faults))
         return false;
     if (!line.accept("rate"))
-        return context.add(InjectFault{faults.first()});
+        return context.add(Do{
+            [fault = faults.first()](const Stage &stage) { stage.box->faults().inject(fault); }});
     FaultRates step;
     for (;;) {
         if (!line.share("a probability per frame", &rate))

@@ -138,6 +138,12 @@ bool Runner::wait(int milliseconds, std::function<bool()> until, std::function<b
     return true;
 }
 
+bool Runner::act(const steps::Do &step)
+{
+    step.action(mStage);
+    return true;
+}
+
 bool Runner::act(const steps::Say &step)
 {
     emit said(step.text);
@@ -149,13 +155,6 @@ bool Runner::act(const steps::Ask &step)
     mAnswered = false;
     emit asked(step.text);
     return wait(std::numeric_limits<int>::max(), [this] { return mAnswered; });
-}
-
-bool Runner::act(const steps::Start &)
-{
-    if (!mStage.host->isStarted()) // Somebody else may have been faster.
-        mStage.host->start();
-    return true;
 }
 
 bool Runner::act(const steps::Stop &)
@@ -173,33 +172,6 @@ bool Runner::act(const steps::Wait &step)
 bool Runner::act(const steps::Set &step)
 {
     mStage.box->car().setRaw(step.id, step.raw);
-    return true;
-}
-
-bool Runner::act(const steps::Change &step)
-{
-    const Field &field = fieldOf(step.id);
-    const int raw = mStage.box->car().raw(step.id);
-    const bool isNumber = raw >= field.low && raw <= field.high;
-    // From a word, the way leads in from the other end; beyond an end, to the word.
-    int target = isNumber ? raw + step.by : step.by > 0 ? field.low : field.high;
-    if (target > field.high && isNumber && field.words.count > 0)
-        target = field.words[0].raw;
-    else
-        target = std::clamp(target, field.low, field.high);
-    mStage.box->car().setRaw(step.id, target);
-    return true;
-}
-
-bool Runner::act(const steps::Toggle &step)
-{
-    const Span<Word> words = fieldOf(step.id).words;
-    const int raw = mStage.box->car().raw(step.id);
-    int next = 0;
-    for (int i = 0; i < words.count; ++i)
-        if (words[i].raw == raw)
-            next = (i + 1) % words.count;
-    mStage.box->car().setRaw(step.id, words[next].raw);
     return true;
 }
 
@@ -241,48 +213,19 @@ bool Runner::act(const steps::Release &)
     return true;
 }
 
-bool Runner::act(const steps::Call &step)
-{
-    step.operation(mStage.host->service());
-    return true;
-}
-
 bool Runner::act(steps::Box state)
 {
-    switch (state) {
-    case steps::Box::Silent:
-    case steps::Box::Speaking:
-        mStage.box->box().setSilent(state == steps::Box::Silent);
-        break;
-    case steps::Box::Unplugged:
+    if (state == steps::Box::Unplugged)
         mStage.box->unplug();
-        break;
-    case steps::Box::Plugged:
-        if (!mStage.box->plug()) {
-            mFailure = QStringLiteral("the box cannot be plugged in: %1")
-                           .arg(mStage.box->terminal().errorString());
-            return false;
-        }
-        break;
-    }
-    return true;
+    else if (!mStage.box->plug())
+        mFailure = QStringLiteral("the box cannot be plugged in: %1")
+                       .arg(mStage.box->terminal().errorString());
+    return mFailure.isEmpty();
 }
 
 bool Runner::act(const steps::Frame &step)
 {
     mStage.box->box().sendFrame(step.type, step.payload);
-    return true;
-}
-
-bool Runner::act(const steps::Bytes &step)
-{
-    mStage.box->box().sendRaw(step.bytes);
-    return true;
-}
-
-bool Runner::act(const steps::InjectFault &step)
-{
-    mStage.box->faults().inject(step.fault);
     return true;
 }
 
@@ -292,12 +235,6 @@ bool Runner::act(const steps::FaultRates &step)
     for (const auto &row : step.rates)
         plan.rate(row.first) = row.second;
     mStage.box->faults().setPlan(plan);
-    return true;
-}
-
-bool Runner::act(const steps::NoFaults &)
-{
-    mStage.box->faults().setPlan({});
     return true;
 }
 

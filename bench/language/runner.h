@@ -62,25 +62,19 @@ private:
     };
 
     // One for each kind of step. Each returns whether the steps go on.
+    bool act(const steps::Do &step);
     bool act(const steps::Say &step);
     bool act(const steps::Ask &step);
-    bool act(const steps::Start &);
     bool act(const steps::Stop &);
     bool act(const steps::Wait &step);
     bool act(const steps::Set &step);
-    bool act(const steps::Change &step);
-    bool act(const steps::Toggle &step);
     bool act(const steps::Ramp &step);
     bool act(const steps::Press &step);
     bool act(const steps::Hold &step);
     bool act(const steps::Release &);
-    bool act(const steps::Call &step);
     bool act(steps::Box state);
     bool act(const steps::Frame &step);
-    bool act(const steps::Bytes &step);
-    bool act(const steps::InjectFault &step);
     bool act(const steps::FaultRates &step);
-    bool act(const steps::NoFaults &);
     bool act(const steps::Expect &step);
     bool act(const steps::ExpectSignal &step);
     bool act(const steps::ExpectFrame &step);

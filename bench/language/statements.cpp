@@ -1,6 +1,8 @@
 #include "bench/language/closestname.h"
 #include "bench/language/operations.h"
 #include "bench/language/parser.h"
+#include "bench/language/stage.h"
+#include "bench/wire/named.h"
 
 #include <cmath>
 
@@ -11,6 +13,27 @@ namespace {
 using namespace steps;
 
 constexpr int kShortPress = 200; // ms
+
+// Moves within the range; below it is a word such as `none`, if the value has one.
+int moved(const Field &field, int raw, int by)
+{
+    const bool isNumber = raw >= field.low && raw <= field.high;
+    // From a word, the way leads in from the other end; beyond an end, to the word.
+    const int target = isNumber ? raw + by : by > 0 ? field.low : field.high;
+    if (target > field.high && isNumber && field.words.count > 0)
+        return field.words[0].raw;
+    return qBound(field.low, target, field.high);
+}
+
+// On to the next word; from what is none, to the first.
+int toggled(const Field &field, int raw)
+{
+    int next = 0;
+    for (int i = 0; i < field.words.count; ++i)
+        if (field.words[i].raw == raw)
+            next = (i + 1) % field.words.count;
+    return field.words[next].raw;
+}
 
 bool readValueName(LineReader &line, ValueId *id)
 {
@@ -50,7 +73,10 @@ bool readStart(LineReader &line, ParseContext &context)
     if (context.started)
         return line.fail(QStringLiteral("the service is started already; 'stop' it before"));
     context.started = true;
-    return context.add(Start{});
+    return context.add(Do{[](const Stage &stage) {
+        if (!stage.host->isStarted()) // Somebody else may have been faster.
+            stage.host->start();
+    }});
 }
 
 bool readStop(LineReader &line, ParseContext &context)
@@ -91,7 +117,10 @@ bool readToggle(LineReader &line, ParseContext &context)
     if (field.words.count < 2)
         return line.fail(QStringLiteral("%1 has no words to go through; 'change %1 by' a number")
                              .arg(QLatin1String(field.name)));
-    return context.add(Toggle{id});
+    return context.add(Do{[id](const Stage &stage) {
+        VirtualCar &car = stage.box->car();
+        car.setRaw(id, toggled(fieldOf(id), car.raw(id)));
+    }});
 }
 
 bool readChange(LineReader &line, ParseContext &context)
@@ -110,7 +139,10 @@ bool readChange(LineReader &line, ParseContext &context)
         if (!isNumber || !(std::abs(by) <= field.mask()))
             return line.fail(QStringLiteral("'%1' is not a number to change %2 by")
                                  .arg(text, QLatin1String(field.name)));
-        context.add(Change{id, static_cast<int>(by)});
+        context.add(Do{[id, by = static_cast<int>(by)](const Stage &stage) {
+            VirtualCar &car = stage.box->car();
+            car.setRaw(id, moved(fieldOf(id), car.raw(id), by));
+        }});
     } while (line.accept(","));
     return true;
 }
@@ -158,13 +190,14 @@ bool readCall(LineReader &line, ParseContext &context)
 {
     if (!context.started)
         return line.fail(QStringLiteral("the service is not started; 'start' it before"));
-    Call step;
-    return readHostCall(line, &step.operation) && context.add(step);
+    HostCall call;
+    return readHostCall(line, &call) &&
+           context.add(Do{[call](const Stage &stage) { call(stage.host->service()); }});
 }
 
 constexpr struct
 {
-    const char *word;
+    const char *name;
     const char *arguments;
     bool (*read)(LineReader &line, ParseContext &context);
     int needs;
@@ -210,10 +243,7 @@ bool ParseContext::add(const Action &action)
 
 QString unknownValue(const QString &name)
 {
-    QStringList names;
-    for (int index = 0; index < kValueCount; ++index)
-        names += QLatin1String(fieldOf(ValueId{index}).name);
-    const QString meant = didYouMean(name, names);
+    const QString meant = didYouMean(name, valueNames());
     return QStringLiteral("the car has no value '%1'%2")
         .arg(name, meant.isEmpty() ? QStringLiteral("; 'canbench names' lists them") : meant);
 }
@@ -223,14 +253,11 @@ bool readStep(LineReader &line, ParseContext &context)
     QString word;
     if (!line.text("a step", &word))
         return false;
-    QStringList words;
-    for (const auto &statement : kStatements) {
-        words += QLatin1String(statement.word);
-        if (word == words.last()) {
-            context.needs = statement.needs;
-            return statement.read(line, context) && line.end();
-        }
+    if (const auto *statement = findNamed(kStatements, word)) {
+        context.needs = statement->needs;
+        return statement->read(line, context) && line.end();
     }
+    QStringList words = namesOf(kStatements);
     words.removeDuplicates();
     QString meant = didYouMean(word, words);
     if (meant.isEmpty())
@@ -242,7 +269,7 @@ QString scenarioSyntax()
 {
     QString text;
     for (const auto &statement : kStatements)
-        text += QStringLiteral("%1 %2").arg(statement.word, statement.arguments).trimmed() + '\n';
+        text += QStringLiteral("%1 %2").arg(statement.name, statement.arguments).trimmed() + '\n';
     return text + hostCallSyntax();
 }
 
