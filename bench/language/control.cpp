@@ -54,7 +54,7 @@ void Control::answerGet(LineReader &line)
     if (!line.text("the name of a getter or of a car value", &name) || !line.end())
         return answered(error(line.mistake().text));
     const auto isHere = [this](const Observable &found) {
-        return found.isKnown() && !(found.needs() & ~mStage.present());
+        return found.isKnown() && !(found.needs & ~mStage.present());
     };
     Observable found = Observable::find(name);
     if (ofCar || !isHere(found))

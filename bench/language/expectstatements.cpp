@@ -2,6 +2,7 @@
 #include "bench/headunit/session.h"
 #include "bench/language/closestname.h"
 #include "bench/language/parser.h"
+#include "bench/wire/named.h"
 
 #include <algorithm>
 
@@ -52,9 +53,7 @@ bool readCommandName(LineReader &line, quint8 *dataType)
     QString name, word;
     if (!line.text("the name or number of a frame to the box", &name))
         return false;
-    QStringList names;
-    for (const Command &command : kCommands)
-        names += QLatin1String(command.name);
+    const QStringList names = namesOf(kCommands);
     const auto goesOn = [&] {
         return std::any_of(names.begin(), names.end(),
                            [&](const QString &whole) { return whole.startsWith(name + ' '); });
@@ -71,8 +70,8 @@ bool readCommandName(LineReader &line, quint8 *dataType)
     else if (isNumber && number <= 0xFF)
         *dataType = static_cast<quint8>(number);
     else
-        return line.fail(QStringLiteral("the host has no frame '%1'; possible: 0 to 255, %2%3")
-                             .arg(name, names.join(", "), didYouMean(name, names)));
+        return line.fail(QStringLiteral("the host has no frame '%1'").arg(name) +
+                         possible(name, names, QStringLiteral("0 to 255, ")));
     return true;
 }
 
@@ -130,7 +129,7 @@ bool readExpect(LineReader &line, ParseContext &context)
     const QString problem = expectation.problem();
     if (!problem.isEmpty())
         return line.fail(problem);
-    context.needs = expectation.observable.needs();
+    context.needs = expectation.observable.needs;
     return readWithin(line, &step.within) && context.add(step);
 }
 
