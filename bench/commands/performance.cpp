@@ -142,7 +142,7 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
         *report = reporter.finish(result, code, scenario.steps);
     const QString file = runner.file().isEmpty() ? name : runner.file();
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
-    QVector<QPair<const char *, Value>> members{
+    Members members{
         {"scenario", name}, {"result", outcome}, {"expectationsMet", runner.expectationsMet()}};
     if (result != Runner::Passed)
         members += {{"file", file},
