@@ -247,10 +247,7 @@ bool SignalExpectation::isMetBy(const QString &signal, const QVector<Value> &act
 
 QString signalText(const QString &name, const QVector<Value> &arguments)
 {
-    QStringList texts;
-    for (const Value &argument : arguments)
-        texts += plainText(argument);
-    return SignalExpectation{name, texts}.text();
+    return arguments.isEmpty() ? name : QStringLiteral("%1(%2)").arg(name, plainText(arguments));
 }
 
 bool parseComparison(const QString &text, Comparison *comparison)

@@ -19,7 +19,7 @@ QString timeText(int milliseconds)
 QString frameText(quint8 dataType, const QByteArray &payload)
 {
     return QStringLiteral("frame %1 %2 %3")
-        .arg(hexByte(dataType), outboundName(dataType),
+        .arg(hexByte(dataType), frameName(false, dataType),
              QString::fromLatin1(payload.toHex(' ').toUpper()))
         .trimmed();
 }

@@ -71,9 +71,10 @@ bool isReport(Inbound type, int size)
     return report && (report->size == size || report->size == kAnySize);
 }
 
-QString inboundName(quint8 dataType) { return nameIn(kReports, dataType); }
-
-QString outboundName(quint8 dataType) { return nameIn(kCommands, dataType); }
+QString frameName(bool fromBox, quint8 dataType)
+{
+    return fromBox ? nameIn(kReports, dataType) : nameIn(kCommands, dataType);
+}
 
 QString hexByte(quint8 byte)
 {

@@ -303,10 +303,9 @@ constexpr const Report *findReport(Inbound type)
 /// Whether the service knows frames of this type and payload size.
 bool isReport(Inbound type, int size);
 
-/// "climate" for 0x21; "unknown" for a data type that the box does not send.
-QString inboundName(quint8 dataType);
-/// "climate command" for 0xC6; "unknown" for a data type that the service does not send.
-QString outboundName(quint8 dataType);
+/// "climate" for 0x21 from the box, "climate command" for 0xC6 to it; "unknown" for a data type
+/// that is not sent there.
+QString frameName(bool fromBox, quint8 dataType);
 /// `0x21`.
 QString hexByte(quint8 byte);
 
