@@ -1,7 +1,6 @@
 #include "bench/commands/commandline.h"
 #include "bench/language/closestname.h"
 #include "bench/recording/export.h"
-#include "bench/recording/htmlexport.h"
 #include "bench/recording/outputfile.h"
 #include "bench/screen/output.h"
 #include "bench/wire/named.h"
@@ -17,13 +16,13 @@ namespace {
 struct Format
 {
     const char *name;
-    QString (*write)(TraceReader &trace, QIODevice &out, const HtmlOptions &options);
+    QString (*write)(TraceReader &trace, QIODevice &out, const ExportOptions &options);
     bool isText;
 };
 
 constexpr Format kFormats[] = {
-    {"candump", [](auto &trace, auto &out, auto &) { return exportCandump(trace, out); }, true},
-    {"pcapng", [](auto &trace, auto &out, auto &) { return exportPcapng(trace, out); }, false},
+    {"candump", exportCandump, true},
+    {"pcapng", exportPcapng, false},
     {"html", exportHtml, false},
 };
 
@@ -56,7 +55,7 @@ int exportCommand(const QStringList &arguments)
     const QString file = line.positionalArguments().value(0);
     const QString output = line.isSet("output") ? line.value("output") : "-";
     const Format *format = findNamed(kFormats, line.value("format"));
-    HtmlOptions options{QFileInfo(file).fileName(), line.value("plugin"), {}};
+    ExportOptions options{QFileInfo(file).fileName(), line.value("plugin"), {}};
     if (line.isSet("model"))
         options.carModel = line.number("model", 1, -32768, 65535);
     if (line.isWrong())

@@ -1,7 +1,5 @@
 #include "bench/headunit/session.h"
 
-#include "bench/headunit/pluginfile.h"
-
 #include <canbusmanager.h>
 #include <serialport.h>
 
@@ -106,7 +104,7 @@ QString Session::open()
     SerialPort::setDefaultDevice(device);
     CanBusManager::instance()->setCarModelId(mOptions.carModel);
     CanBusManager::instance()->setHwdCarModelIndex(mOptions.carIndex);
-    return mHost.load(mOptions.plugin.isEmpty() ? defaultPluginFile() : mOptions.plugin);
+    return mHost.load(mOptions.plugin);
 }
 
 void Session::start()
@@ -153,6 +151,7 @@ void Session::onReceived(const QByteArray &bytes)
     mBytesIn += bytes.size();
     mLastByte = seconds();
     mAroundTmr.start();
+    emit carried(true, bytes);
     mFromBox.feed(bytes, mClock.microseconds());
 }
 
@@ -163,6 +162,7 @@ void Session::onWritten(const QByteArray &bytes, bool delivered)
         return;
     }
     mBytesOut += bytes.size();
+    emit carried(false, bytes);
     mToBox.feed(bytes, mClock.microseconds());
 }
 

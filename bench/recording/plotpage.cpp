@@ -38,15 +38,10 @@ int intAt(const QVector<Value> &arguments, int index)
     return static_cast<int>(numberOf(arguments.value(index)));
 }
 
-QString nameOf(bool fromBox, quint8 dataType)
-{
-    return fromBox ? inboundName(dataType) : outboundName(dataType);
-}
-
 QString frameText(bool fromBox, const LineItem &item)
 {
     return QStringLiteral("%1 %2 %3")
-        .arg(hexByte(item.dataType), nameOf(fromBox, item.dataType), bytesText(item.bytes));
+        .arg(hexByte(item.dataType), frameName(fromBox, item.dataType), bytesText(item.bytes));
 }
 
 // Times are written as the difference to the one before, which is shorter.
@@ -244,10 +239,7 @@ void PlotPage::signal(qint64 time, const QString &name, const QVector<Value> &ar
     }
     if (name == QLatin1String("keyEvent"))
         key(time, intAt(arguments, 0), intAt(arguments, 1));
-    QStringList texts;
-    for (const Value &argument : arguments)
-        texts += plainText(argument);
-    mSignals[name].add(time, texts.join(QStringLiteral(", ")));
+    mSignals[name].add(time, plainText(arguments));
 }
 
 void PlotPage::say(qint64 time, const QString &text)
@@ -366,7 +358,7 @@ QJsonArray PlotPage::frames() const
             array.append(QJsonObject{
                 {QStringLiteral("from"), QLatin1String(fromBox ? "box" : "host")},
                 {QStringLiteral("type"), hexByte(dataType)},
-                {QStringLiteral("name"), nameOf(fromBox, dataType)},
+                {QStringLiteral("name"), frameName(fromBox, dataType)},
                 {QStringLiteral("count"), it->good},
                 {QStringLiteral("bad"), it->bad},
                 {QStringLiteral("first"), it->first},
