@@ -180,13 +180,9 @@ bool VirtualCar::obeyClock(const QByteArray &payload)
     if (payload.size() != 6)
         return false;
     Cluster cluster = mCluster;
-    const QLatin1Char zero('0');
-    cluster.clock = QStringLiteral("%1-%2-%3 %4:%5")
-                        .arg(2000 + at(payload, 0))
-                        .arg(at(payload, 1), 2, 10, zero)
-                        .arg(at(payload, 2), 2, 10, zero)
-                        .arg(at(payload, 3), 2, 10, zero)
-                        .arg(at(payload, 4), 2, 10, zero);
+    cluster.clock =
+        QString::asprintf("%d-%02d-%02d %02d:%02d", 2000 + at(payload, 0), at(payload, 1),
+                          at(payload, 2), at(payload, 3), at(payload, 4));
     show(cluster);
     return true;
 }

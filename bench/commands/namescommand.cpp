@@ -59,7 +59,7 @@ void sayJson(const NameRow &row, JsonLine &json)
 {
     json.begin()
         .member("name", row.name)
-        .member("set", row.isSet)
+        .member("set", row.isSet())
         .member("expect", row.isExpected)
         .member("values", row.values)
         .member("shown", row.shown.isEmpty() ? row.values : row.shown)
@@ -88,7 +88,7 @@ int sayNames(const QString &text, bool json, bool ofCar)
     bool isAny = false;
     for (const NameRow &row : nameRows()) {
         names += row.name;
-        if (!matches(row, text) || (ofCar && !row.isSet))
+        if (!matches(row, text) || (ofCar && !row.isSet()))
             continue;
         if (json) {
             sayJson(row, line);

@@ -67,14 +67,6 @@ private:
     QTimer mTick;
 };
 
-qint64 faultTotal(const FaultInjector &injector)
-{
-    qint64 total = 0;
-    for (int i = 0; i < kFaultCount; ++i)
-        total += injector.count(faultInfo(i).fault);
-    return total;
-}
-
 // Ends early, as the main loop does, on a signal.
 void wait(int milliseconds, const UnixSignals &unixSignals)
 {
@@ -217,12 +209,15 @@ int soakCommand(const QStringList &arguments)
     for (const QString &failure : failures)
         fail(failure);
     const qint64 frames = session.summary().fromBox.frameTotal();
+    qint64 faultTotal = 0;
+    for (const auto &row : injector.summary())
+        faultTotal += row.second;
     printer.outcome({}, {});
     printer.outcome(failures.isEmpty()
                         ? QStringLiteral("The soak passed: %1 frames, %2 faults, %3 losses of the "
                                          "link, and the host knows the car")
                               .arg(frames)
-                              .arg(faultTotal(injector))
+                              .arg(faultTotal)
                               .arg(lossesSignalled)
                         : QStringLiteral("The soak failed: %1").arg(failures.join("; ")),
                     {});

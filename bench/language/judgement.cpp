@@ -24,6 +24,17 @@ QString frameText(quint8 dataType, const QByteArray &payload)
         .trimmed();
 }
 
+// \returns whether there was one.
+template <typename Item, typename Condition>
+bool takeFirst(QVector<Item> *items, Condition isWanted)
+{
+    const auto found = std::find_if(items->begin(), items->end(), isWanted);
+    const bool isThere = found != items->end();
+    if (isThere)
+        items->erase(found);
+    return isThere;
+}
+
 } // namespace
 
 // A value is judged when the effect of the steps before is through, not while it is on its way:
@@ -84,7 +95,11 @@ bool Runner::act(const steps::ExpectSignal &step)
 {
     return await(
         "signal", step.expectation.text(), step.absent, step.within,
-        [this, step] { return takeSignal(step.expectation); },
+        [this, step] {
+            return takeFirst(&mSignals, [&step](const Signal &signal) {
+                return step.expectation.isMetBy(signal.name, signal.arguments);
+            });
+        },
         [this] {
             QStringList others;
             for (const Signal &signal : qAsConst(mSignals))
@@ -98,35 +113,19 @@ bool Runner::act(const steps::ExpectFrame &step)
 {
     return await(
         "frame", frameText(step.dataType, step.payload.value_or(QByteArray())), step.absent,
-        step.within, [this, step] { return takeFrame(step); },
+        step.within,
+        [this, step] {
+            return takeFirst(&mFrames, [&step](const LineItem &frame) {
+                return frame.dataType == step.dataType &&
+                       step.payload.value_or(frame.bytes) == frame.bytes;
+            });
+        },
         [this] {
             QStringList others;
             for (const LineItem &frame : qAsConst(mFrames))
                 others += frameText(frame.dataType, frame.bytes);
             return others;
         });
-}
-
-bool Runner::takeFrame(const steps::ExpectFrame &step)
-{
-    const auto found = std::find_if(mFrames.begin(), mFrames.end(), [&step](const LineItem &frame) {
-        return frame.dataType == step.dataType && step.payload.value_or(frame.bytes) == frame.bytes;
-    });
-    if (found == mFrames.end())
-        return false;
-    mFrames.erase(found);
-    return true;
-}
-
-bool Runner::takeSignal(const SignalExpectation &expectation)
-{
-    const auto found = std::find_if(mSignals.begin(), mSignals.end(), [&](const Signal &signal) {
-        return expectation.isMetBy(signal.name, signal.arguments);
-    });
-    if (found == mSignals.end())
-        return false;
-    mSignals.erase(found);
-    return true;
 }
 
 bool Runner::fail(const QString &expected, int within, const QString &actual)

@@ -55,20 +55,12 @@ NameRow carRow(ValueId id)
 {
     static const VirtualCar car;
     const Field &field = fieldOf(id);
-    NameRow row{NameRow::CarValue,
-                QLatin1String(field.name),
-                true,
-                false,
-                valueRange(field),
-                {},
-                car.text(id),
-                QString::fromUtf8(field.unit),
-                &reportOf(id),
-                {}};
+    NameRow row{NameRow::CarValue, field.name, valueRange(field), {},
+                car.text(id),      field.unit, &reportOf(id)};
     const int index = findGetter(row.name);
+    row.isExpected = index >= 0;
     if (index < 0)
         return row;
-    row.isExpected = true;
     row.signal = signalOf(getter(index));
     row.shown = numbersShown(id, getter(index));
     if (row.shown == row.values)
@@ -80,7 +72,7 @@ NameRow observedRow(const QString &name)
 {
     const Observable observable = Observable::find(name);
     const int index = findGetter(name);
-    NameRow row{NameRow::OfBench, name, false, true, observable.possible(), {}, {}, {}, {}, {}};
+    NameRow row{NameRow::OfBench, name, observable.possible()};
     if (index < 0)
         return row;
     row.kind = getter(index).alias ? NameRow::OldName : NameRow::Getter;
@@ -150,16 +142,7 @@ QVector<NameRow> nameRows()
                 rows += row;
     for (const QString &name : eventNames()) {
         const QString arguments = eventArguments(name).join(", ");
-        rows.append({NameRow::Signal,
-                     name,
-                     false,
-                     true,
-                     arguments.isEmpty() ? "no arguments" : arguments,
-                     {},
-                     {},
-                     {},
-                     nullptr,
-                     {}});
+        rows.append({NameRow::Signal, name, arguments.isEmpty() ? "no arguments" : arguments});
     }
     return rows;
 }

@@ -87,8 +87,6 @@ private:
     bool judge(const steps::Expect &step);
     bool await(const char *kind, const QString &expected, bool absent, int within,
                std::function<bool()> take, std::function<QStringList()> others);
-    bool takeSignal(const SignalExpectation &expectation);
-    bool takeFrame(const steps::ExpectFrame &step);
     bool fail(const QString &expected, int within, const QString &actual);
     int scaled(int milliseconds) const;
     qint64 now() const { return mClock.milliseconds(); }
