@@ -26,7 +26,8 @@ void parseLine(const QString &text, int number, ParseContext &context)
         return;
     const int firstStep = scenario.steps.size();
     LineReader line(tokens, number);
-    if (!readStep(line, context)) {
+    readStep(line, context);
+    if (line.failed()) {
         mistake = line.mistake();
         mistake.file = fileOf(context);
         scenario.mistakes.append(mistake);
@@ -50,11 +51,10 @@ QString parseWords(const QStringList &words, ParseContext &context)
         tokens.append({word, 1, 1, false});
     LineReader line(tokens, 1);
     const int firstStep = context.scenario->steps.size();
-    if (!readStep(line, context))
-        return line.mistake().text;
+    readStep(line, context);
     for (int i = firstStep; i < context.scenario->steps.size(); ++i)
         context.scenario->steps[i].text = words.join(QLatin1Char(' '));
-    return {};
+    return line.mistake().text;
 }
 
 bool readUtf8(const QByteArray &bytes, QString *text)
