@@ -53,6 +53,7 @@ void Runner::run(const QVector<Step> &steps)
 {
     mSteps = steps;
     mNext = 0;
+    mLine = 0; // Whatever acts first is another step than the latest.
     mRunning = true;
     mPending.reset();
     mPoll.start(0); // The first step is done from the event loop, too.
@@ -91,7 +92,7 @@ void Runner::advance()
         const Step step = mSteps.at(mNext++);
         // Several settings of one line are one step.
         if (!onlyLooks(step.action)) {
-            if (step.line != mLine || step.line == 0) {
+            if (step.line != mLine) {
                 mSignals.clear();
                 mFrames.clear();
             }
