@@ -51,13 +51,9 @@ int decodeCommand(const QStringList &arguments)
     int carModel = line.number("model", 1, 0, 65535);
     const double from = line.seconds("from", 0, 0, kEver);
     const double to = line.seconds("to", kEver, from, kEver);
+    const TypeFilter only = readTypeFilter(&line, true);
     if (line.isWrong())
         return WrongUsage;
-    TypeFilter only;
-    const QString wrongType =
-        line.isSet("only") ? readTypeFilter(line.value("only"), true, &only) : QString();
-    if (!wrongType.isEmpty())
-        return line.complain(wrongType);
     if (file.isEmpty())
         return line.complain("name the trace to decode");
     if (line.isSet("json") && line.isSet("csv"))
