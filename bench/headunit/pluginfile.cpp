@@ -180,11 +180,8 @@ PluginFile examinePlugin(const QString &file)
                                    metaDataProblem(result.metaData)})
         if (result.problem.isEmpty())
             result.problem = problem;
-    if (!result.problem.isEmpty())
-        return result;
-    const TrialLoad trial = tryLoading(result.path);
-    result.problem = trial.problem;
-    result.className = trial.className;
+    if (result.problem.isEmpty())
+        result.problem = tryLoading(result.path, &result.className);
     return result;
 }
 
