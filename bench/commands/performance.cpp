@@ -93,7 +93,6 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
     Reporter reporter(runner, name);
     std::unique_ptr<LineInput> person;
     QString silence; // Why nobody answers.
-    QObject::connect(&runner, &Runner::said, [&](const QString &text) { reporter.onSaid(text); });
     QObject::connect(&runner, &Runner::asked, [&](const QString &text) {
         standardError().line(text); // Standard output may be for a program.
         if (!person) {
@@ -106,8 +105,10 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
             });
         }
     });
-    QObject::connect(&runner, &Runner::said,
-                     [&](const QString &text) { run.printer().heading(text, session.seconds()); });
+    QObject::connect(&runner, &Runner::said, [&](const QString &text) {
+        reporter.onSaid(text);
+        run.printer().heading(text, session.seconds());
+    });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught, [&runner] { runner.abort(); });
 
     std::unique_ptr<PageRecorder> page;

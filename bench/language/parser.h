@@ -59,6 +59,9 @@ void readRepeat(LineReader &line, ParseContext &context);
 void readEnd(LineReader &line, ParseContext &context);
 void readInclude(LineReader &line, ParseContext &context);
 
+/// A mistake for each line of the steps that needs somebody who is not \p present, of Party.
+QVector<Mistake> findObstacles(const QVector<Step> &steps, int present);
+
 /// Reads UTF-8 text. \returns whether it is such, without a NUL.
 bool readUtf8(const QByteArray &bytes, QString *text);
 

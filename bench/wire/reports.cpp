@@ -15,6 +15,14 @@ namespace {
 constexpr int kTwoCodeModels[] = {1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 68,
                                   69, 76, 79, 82, 86, 92, 97, 98, 111, 112, 119};
 
+// Of every switch, beside its own.
+constexpr struct
+{
+    const char *name;
+    bool isOn;
+} kSwitchWords[] = {{"on", true},   {"true", true},   {"1", true},
+                    {"off", false}, {"false", false}, {"0", false}};
+
 constexpr std::array<Place, kValueCount> kPlaces = [] {
     std::array<Place, kValueCount> places{};
     for (int index = 0; index < kValueCount; ++index)
@@ -144,16 +152,10 @@ bool parseValue(const Field &field, const QString &text, int *raw, QString *erro
     // A switch is on as its second word says, or its first if that is the word "on".
     if (isSwitch(field)) {
         const bool isInverted = isSameText(field.words[0].text, "on");
-        for (const char *word : {"on", "true", "1"})
-            if (text == QLatin1String(word)) {
-                *raw = isInverted ? 0 : 1;
-                return true;
-            }
-        for (const char *word : {"off", "false", "0"})
-            if (text == QLatin1String(word)) {
-                *raw = isInverted ? 1 : 0;
-                return true;
-            }
+        if (const auto *word = findNamed(kSwitchWords, text)) {
+            *raw = word->isOn != isInverted;
+            return true;
+        }
     }
     bool isNumber = false;
     const double value = text.toDouble(&isNumber);
