@@ -70,32 +70,7 @@ int changed(const ClimateEffect &effect, int raw)
 
 quint8 at(const QByteArray &payload, int index) { return canbox::byteAt(payload, index); }
 
-} // namespace
-
-bool VirtualCar::obey(Outbound command, const QByteArray &payload)
-{
-    switch (command) {
-    case Outbound::Climate:
-        return obeyClimate(payload);
-    case Outbound::AmbientLight:
-        return obeyAmbient(payload);
-    case Outbound::Unit:
-        return obeyUnit(payload);
-    case Outbound::Source:
-        return obeySource(payload);
-    case Outbound::SourceText:
-        return obeySourceText(payload);
-    case Outbound::Clock:
-        return obeyClock(payload);
-    case Outbound::StartStop:
-    case Outbound::Request:
-    case Outbound::CarSelect:
-        break; // The box's own.
-    }
-    return false;
-}
-
-bool VirtualCar::obeyClimate(const QByteArray &payload)
+bool obeyClimate(VirtualCar &car, const QByteArray &payload)
 {
     if (payload.size() != 3 || at(payload, 0) != 0xAC)
         return false;
@@ -107,38 +82,38 @@ bool VirtualCar::obeyClimate(const QByteArray &payload)
                      [command](const ClimateEffect &row) { return row.command == command; });
     if (effect == std::end(kClimateEffects))
         return false;
-    setRaw(effect->value, changed(*effect, raw(effect->value)));
+    car.setRaw(effect->value, changed(*effect, car.raw(effect->value)));
     return true;
 }
 
-bool VirtualCar::obeyAmbient(const QByteArray &payload)
+bool obeyAmbient(VirtualCar &car, const QByteArray &payload)
 {
     if (payload.size() != 2)
         return false;
-    setRaw(valueId("ambient.colour"), at(payload, 0));
-    setRaw(valueId("ambient.level"), at(payload, 1));
+    car.setRaw(valueId("ambient.colour"), at(payload, 0));
+    car.setRaw(valueId("ambient.level"), at(payload, 1));
     return true;
 }
 
-bool VirtualCar::obeyUnit(const QByteArray &payload)
+bool obeyUnit(VirtualCar &car, const QByteArray &payload)
 {
     if (payload.size() != 2)
         return false;
     const quint8 value = at(payload, 1);
     if (at(payload, 0) == 0x72 && value <= 1) {
-        setRaw(valueId("unit.temperature"), value);
-        setRaw(valueId("climate.unit"), value); // One setting in this car.
+        car.setRaw(valueId("unit.temperature"), value);
+        car.setRaw(valueId("climate.unit"), value); // One setting in this car.
     } else if (at(payload, 0) == 0x70 && value <= 2) {
-        setRaw(valueId("unit.pressure"), value);
+        car.setRaw(valueId("unit.pressure"), value);
     } else {
         return false;
     }
     return true;
 }
 
-bool VirtualCar::obeySource(const QByteArray &payload)
+bool obeySource(VirtualCar &car, const QByteArray &payload)
 {
-    Cluster cluster = mCluster;
+    Cluster cluster = car.cluster();
     if (payload.size() == 5 && at(payload, 0) == 0x01) {
         const int band = at(payload, 1);
         const int frequency = at(payload, 2) | at(payload, 3) << 8;
@@ -153,11 +128,11 @@ bool VirtualCar::obeySource(const QByteArray &payload)
     }
     cluster.lines[0].clear();
     cluster.lines[1].clear();
-    show(cluster);
+    car.show(cluster);
     return true;
 }
 
-bool VirtualCar::obeySourceText(const QByteArray &payload)
+bool obeySourceText(VirtualCar &car, const QByteArray &payload)
 {
     constexpr int kText = 5; // Where the UTF-16 text begins, high bytes first.
     if (payload.size() < kText || payload.size() % 2 == 0)
@@ -168,23 +143,46 @@ bool VirtualCar::obeySourceText(const QByteArray &payload)
     QString text;
     for (int i = kText; i < payload.size(); i += 2)
         text += QChar(at(payload, i) << 8 | at(payload, i + 1));
-    Cluster cluster = mCluster;
+    Cluster cluster = car.cluster();
     cluster.source = QStringLiteral("text");
     cluster.lines[line] = text;
-    show(cluster);
+    car.show(cluster);
     return true;
 }
 
-bool VirtualCar::obeyClock(const QByteArray &payload)
+bool obeyClock(VirtualCar &car, const QByteArray &payload)
 {
     if (payload.size() != 6)
         return false;
-    Cluster cluster = mCluster;
+    Cluster cluster = car.cluster();
     cluster.clock =
         QString::asprintf("%d-%02d-%02d %02d:%02d", 2000 + at(payload, 0), at(payload, 1),
                           at(payload, 2), at(payload, 3), at(payload, 4));
-    show(cluster);
+    car.show(cluster);
     return true;
+}
+
+// All others are the box's own.
+constexpr struct
+{
+    Outbound command;
+    bool (*obey)(VirtualCar &car, const QByteArray &payload);
+} kObeyed[] = {
+    {Outbound::Climate, obeyClimate},
+    {Outbound::AmbientLight, obeyAmbient},
+    {Outbound::Unit, obeyUnit},
+    {Outbound::Source, obeySource},
+    {Outbound::SourceText, obeySourceText},
+    {Outbound::Clock, obeyClock},
+};
+
+} // namespace
+
+bool VirtualCar::obey(Outbound command, const QByteArray &payload)
+{
+    const auto *row = std::find_if(std::begin(kObeyed), std::end(kObeyed),
+                                   [command](const auto &one) { return one.command == command; });
+    return row != std::end(kObeyed) && row->obey(*this, payload);
 }
 
 void VirtualCar::show(const Cluster &cluster)

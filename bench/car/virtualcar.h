@@ -51,6 +51,7 @@ public:
     bool obey(Outbound command, const QByteArray &payload);
 
     const Cluster &cluster() const { return mCluster; }
+    void show(const Cluster &cluster);
 
 signals:
     /// What report() gives for \p type is another now.
@@ -60,15 +61,6 @@ signals:
 
 private:
     bool store(ValueId id, int raw);
-
-    // effects.cpp
-    bool obeyClimate(const QByteArray &payload);
-    bool obeyAmbient(const QByteArray &payload);
-    bool obeyUnit(const QByteArray &payload);
-    bool obeySource(const QByteArray &payload);
-    bool obeySourceText(const QByteArray &payload);
-    bool obeyClock(const QByteArray &payload);
-    void show(const Cluster &cluster);
 
     std::array<int, kValueCount> mRaw;
     bool mTwoCodesPerSensor = false;

@@ -1,6 +1,5 @@
 // The names of the language, for a person, for a program and for the shell's completion.
 #include "bench/commands/commandline.h"
-#include "bench/commands/names.h"
 #include "bench/language/closestname.h"
 #include "bench/language/names.h"
 #include "bench/screen/jsonline.h"

@@ -1,4 +1,3 @@
-#include "bench/commands/names.h"
 #include "bench/commands/sessionrun.h"
 #include "bench/language/parser.h"
 #include "bench/language/runner.h"
