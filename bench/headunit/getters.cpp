@@ -245,17 +245,6 @@ const Getter kGetters[] = {
 };
 // clang-format on
 
-const Word *wordOf(const Getter &row, const Value &value)
-{
-    if (isText(value))
-        return nullptr;
-    const double number = numberOf(value);
-    const Word *word = std::find_if(row.words.begin(), row.words.end(), [&](const Word &candidate) {
-        return static_cast<double>(candidate.raw) == number;
-    });
-    return word == row.words.end() ? nullptr : word;
-}
-
 } // namespace
 
 const DrivingData &Look::drivingData()
@@ -284,8 +273,8 @@ int findGetter(const QString &name)
 
 QString Getter::text(const Value &value, const QString &unitText) const
 {
-    if (const Word *word = wordOf(*this, value))
-        return QLatin1String(word->text);
+    if (const Word *word = isText(value) ? nullptr : wordOf(words, numberOf(value)))
+        return QLatin1String(word->name);
     if (isQuantity()) {
         const std::optional<Quantity> quantity = quantityIn(plainText(value));
         return quantity
@@ -298,8 +287,8 @@ QString Getter::text(const Value &value, const QString &unitText) const
 
 Reading Getter::reading(const Value &value, const QString &unitText) const
 {
-    const Word *word = wordOf(*this, value);
-    if (word && isSameText(word->text, "none"))
+    const Word *word = isText(value) ? nullptr : wordOf(words, numberOf(value));
+    if (word && isSameText(word->name, "none"))
         return {std::nullopt, unitText};
     if (!isQuantity())
         return {value, unitText};

@@ -1,7 +1,7 @@
 #include "bench/headunit/pluginfile.h"
 
 #include "bench/headunit/trialload.h"
-#include "bench/wire/span.h"
+#include "bench/wire/named.h"
 #include "frozencontract.h"
 
 #include <QCborMap>
@@ -30,26 +30,12 @@ constexpr int kMajorVersion = 13;
 constexpr int kMinorVersion = 14;
 enum MetaDataKey { InterfaceId = 2, ClassName = 3 };
 
-struct Known
-{
-    int number;
-    const char *text;
-};
-
-QString textOf(int number, Span<Known> rows, const QString &otherwise)
-{
-    for (const Known &row : rows)
-        if (row.number == number)
-            return QLatin1String(row.text);
-    return otherwise;
-}
-
-constexpr Known kMachines[] = {
+constexpr Word kMachines[] = {
     {EM_X86_64, "x86-64"},  {EM_386, "32-bit x86"}, {EM_AARCH64, "64-bit ARM"},
     {EM_ARM, "32-bit ARM"}, {EM_RISCV, "RISC-V"},
 };
 
-constexpr Known kFileErrors[] = {
+constexpr Word kFileErrors[] = {
     {ENOENT, "there is no such file"},
     {ENOTDIR, "there is no such file: a part of its path is no folder"},
     {ELOOP, "its links lead in a circle"},
@@ -65,7 +51,8 @@ QString fileProblem(const QString &path)
         const int error = errno;
         if (error == ENOENT && lstat(name.constData(), &info) == 0)
             return QStringLiteral("it is a link to a file that does not exist");
-        return textOf(error, kFileErrors, qt_error_string(error));
+        const Word *known = wordOf(kFileErrors, error);
+        return known ? QLatin1String(known->name) : qt_error_string(error);
     }
     if (S_ISDIR(info.st_mode))
         return QStringLiteral("it is a folder; name the file in it");
@@ -148,7 +135,8 @@ QString beyond(const QStringList &list, const QStringList &other)
 
 QString machineName(int machine)
 {
-    return textOf(machine, kMachines, QStringLiteral("machine %1").arg(machine));
+    const Word *known = wordOf(kMachines, machine);
+    return known ? QLatin1String(known->name) : QStringLiteral("machine %1").arg(machine);
 }
 
 QString defaultPluginFile()

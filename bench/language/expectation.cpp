@@ -83,11 +83,8 @@ bool isNoReading(const QString &text)
     return text.isEmpty() || text == QLatin1String("none") || text == QLatin1String("--");
 }
 
-constexpr struct
-{
-    const char *name;
-    int number;
-} kSwitchWords[] = {{"on", 1}, {"true", 1}, {"open", 1}, {"off", 0}, {"false", 0}, {"closed", 0}};
+constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "open"},
+                                 {0, "off"}, {0, "false"}, {0, "closed"}};
 
 } // namespace
 
@@ -108,7 +105,7 @@ Observable Observable::find(const QString &name)
                      [&row](const Stage &stage) { return row.read(stage.host->service()); },
                      [&row](const Stage &stage) { return row.textOf(stage.host->service()); }};
     for (const Word &word : row.words)
-        found.words.append({word.text, double(word.raw)});
+        found.words.append({word.name, double(word.raw)});
     if (found.kind == Switch && found.words.isEmpty())
         found.words = {{QStringLiteral("off"), 0}, {QStringLiteral("on"), 1}};
     found.isOrdered = false; // Neither low nor high nor none is a number of degrees.
@@ -128,7 +125,7 @@ Observable Observable::ofCar(const QString &name)
                      },
                      [id](const Stage &stage) { return stage.box->car().text(*id); }};
     for (const Word &word : field.words)
-        found.words.append({word.text, number(word.raw)});
+        found.words.append({word.name, number(word.raw)});
     return found;
 }
 
@@ -143,9 +140,9 @@ QStringList Observable::names()
 bool Observable::numberOfWord(const QString &word, double *number) const
 {
     if (kind == Switch) {
-        const auto *row = findNamed(kSwitchWords, word);
+        const Word *row = findNamed(kSwitchWords, word);
         bool isNumber = true;
-        *number = row ? row->number : word.toDouble(&isNumber);
+        *number = row ? row->raw : word.toDouble(&isNumber);
         return isNumber && (*number == 0 || *number == 1);
     }
     const auto found = std::find_if(words.begin(), words.end(), [&word](const auto &row) {

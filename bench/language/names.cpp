@@ -1,6 +1,5 @@
 #include "bench/language/names.h"
 
-#include "bench/car/virtualcar.h"
 #include "bench/headunit/session.h"
 #include "bench/language/expectation.h"
 #include "bench/language/operations.h"
@@ -39,7 +38,7 @@ QString numbersShown(ValueId id, const bench::Getter &row)
     }
     for (const Word &word : row.words)
         if (numbers.erase(word.raw) > 0)
-            words += QLatin1String(word.text);
+            words += QLatin1String(word.name);
     for (auto at = numbers.begin(); at != numbers.end();) {
         const int first = *at;
         int last = first;
@@ -53,10 +52,10 @@ QString numbersShown(ValueId id, const bench::Getter &row)
 
 NameRow carRow(ValueId id)
 {
-    static const VirtualCar car;
     const Field &field = fieldOf(id);
-    NameRow row{NameRow::CarValue, field.name, valueRange(field), {},
-                car.text(id),      field.unit, &reportOf(id)};
+    NameRow row{
+        NameRow::CarValue, field.name,   valueRange(field), {}, valueText(field, field.initial),
+        field.unit,        &reportOf(id)};
     const int index = findGetter(row.name);
     row.isExpected = index >= 0;
     if (index < 0)
@@ -116,12 +115,10 @@ const struct
 // Of one value of the car; for a number, what it is at first.
 QStringList valueWords(ValueId id)
 {
-    static const VirtualCar car;
-    QStringList words;
-    for (const Word &word : fieldOf(id).words)
-        words += QLatin1String(word.text);
-    if (fieldOf(id).low <= fieldOf(id).high)
-        words += numberText(fieldOf(id).value(car.raw(id)));
+    const Field &field = fieldOf(id);
+    QStringList words = namesOf(field.words);
+    if (field.low <= field.high)
+        words += numberText(field.value(field.initial));
     return words;
 }
 

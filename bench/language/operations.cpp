@@ -14,40 +14,34 @@ namespace bench {
 
 namespace {
 
-struct NamedNumber
-{
-    const char *name;
-    int number;
-};
-
 // The climate keys, by what they do in the virtual car.
-constexpr NamedNumber kClimateKeys[] = {
-    {"power", 0},
-    {"ac", 2},
-    {"auto", 3},
-    {"rear_defrost", 4},
-    {"front_defrost", 5},
-    {"inside_air", 6},
-    {"max", 8},
-    {"dual", 9},
-    {"right_seat_heat", 10},
-    {"right_seat_air", 11},
-    {"fan_up", 15},
-    {"fan_down", 16},
-    {"left_warmer", 19},
-    {"left_cooler", 20},
-    {"right_warmer", 21},
-    {"right_cooler", 22},
-    {"left_seat_heat", 25},
-    {"left_seat_air", 26},
-    {"wheel_heat", 29},
-    {"blowing_mode", 31},
-    {"rear", 34},
+constexpr Word kClimateKeys[] = {
+    {0, "power"},
+    {2, "ac"},
+    {3, "auto"},
+    {4, "rear_defrost"},
+    {5, "front_defrost"},
+    {6, "inside_air"},
+    {8, "max"},
+    {9, "dual"},
+    {10, "right_seat_heat"},
+    {11, "right_seat_air"},
+    {15, "fan_up"},
+    {16, "fan_down"},
+    {19, "left_warmer"},
+    {20, "left_cooler"},
+    {21, "right_warmer"},
+    {22, "right_cooler"},
+    {25, "left_seat_heat"},
+    {26, "left_seat_air"},
+    {29, "wheel_heat"},
+    {31, "blowing_mode"},
+    {34, "rear"},
 };
 constexpr int kAmbientColour = 5;
 constexpr int kAmbientColours = 8;
-constexpr NamedNumber kCarSettings[] = {{"ambient_level", 4}, {"ambient_colour", kAmbientColour}};
-constexpr NamedNumber kUnits[] = {{"temperature", 3}, {"pressure", 5}};
+constexpr Word kCarSettings[] = {{4, "ambient_level"}, {kAmbientColour, "ambient_colour"}};
+constexpr Word kUnits[] = {{3, "temperature"}, {5, "pressure"}};
 
 constexpr struct
 {
@@ -105,12 +99,11 @@ constexpr struct
 };
 
 // A word of the table, or any number.
-template <std::size_t Count>
-int readWord(LineReader &line, const char *what, const NamedNumber (&words)[Count])
+int readWord(LineReader &line, const char *what, Span<Word> words)
 {
     const QString text = line.text(what);
-    if (const NamedNumber *word = findNamed(words, text))
-        return word->number;
+    if (const Word *word = findNamed(words, text))
+        return word->raw;
     bool isNumber = false;
     const int number = text.toInt(&isNumber);
     if (!isNumber)

@@ -28,11 +28,8 @@ int moved(const Field &field, int raw, int by)
 // On to the next word; from what is none, to the first.
 int toggled(const Field &field, int raw)
 {
-    int next = 0;
-    for (int i = 0; i < field.words.count; ++i)
-        if (field.words[i].raw == raw)
-            next = (i + 1) % field.words.count;
-    return field.words[next].raw;
+    const Word *word = wordOf(field.words, raw);
+    return word && word + 1 != field.words.end() ? word[1].raw : field.words[0].raw;
 }
 
 ValueId readValueName(LineReader &line)

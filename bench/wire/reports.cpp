@@ -1,7 +1,5 @@
 #include "bench/wire/reports.h"
 
-#include "bench/wire/named.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -16,12 +14,8 @@ constexpr int kTwoCodeModels[] = {1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 
                                   69, 76, 79, 82, 86, 92, 97, 98, 111, 112, 119};
 
 // Of every switch, beside its own.
-constexpr struct
-{
-    const char *name;
-    bool isOn;
-} kSwitchWords[] = {{"on", true},   {"true", true},   {"1", true},
-                    {"off", false}, {"false", false}, {"0", false}};
+constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "1"},
+                                 {0, "off"}, {0, "false"}, {0, "0"}};
 
 constexpr std::array<Place, kValueCount> kPlaces = [] {
     std::array<Place, kValueCount> places{};
@@ -31,13 +25,6 @@ constexpr std::array<Place, kValueCount> kPlaces = [] {
 }();
 
 const Place &place(ValueId id) { return kPlaces[static_cast<std::size_t>(id)]; }
-
-const Word *wordOf(const Field &field, int raw)
-{
-    const Word *word = std::find_if(field.words.begin(), field.words.end(),
-                                    [raw](const Word &row) { return row.raw == raw; });
-    return word == field.words.end() ? nullptr : word;
-}
 
 bool isSwitch(const Field &field) { return field.words.count == 2 && field.high < 0; }
 
@@ -123,8 +110,8 @@ QString numberText(double value) { return QString::number(std::round(value * 100
 
 QString valueText(const Field &field, int raw)
 {
-    if (const Word *word = wordOf(field, raw))
-        return QLatin1String(word->text);
+    if (const Word *word = wordOf(field.words, raw))
+        return QLatin1String(word->name);
     const QString text = numberText(field.value(raw));
     return *field.unit ? text + QLatin1Char(' ') + QString::fromUtf8(field.unit) : text;
 }
@@ -137,23 +124,22 @@ QString valueRange(const Field &field)
                      .arg(numberText(field.value(field.low)), numberText(field.value(field.high)),
                           QString::fromUtf8(field.unit))
                      .trimmed();
-    for (const Word &word : field.words)
-        parts += QLatin1String(word.text);
+    parts += namesOf(field.words);
     return parts.join(QLatin1String(", "));
 }
 
 bool parseValue(const Field &field, const QString &text, int *raw, QString *error)
 {
     for (const Word &word : field.words)
-        if (text.compare(QLatin1String(word.text), Qt::CaseInsensitive) == 0) {
+        if (text.compare(QLatin1String(word.name), Qt::CaseInsensitive) == 0) {
             *raw = word.raw;
             return true;
         }
     // A switch is on as its second word says, or its first if that is the word "on".
     if (isSwitch(field)) {
-        const bool isInverted = isSameText(field.words[0].text, "on");
-        if (const auto *word = findNamed(kSwitchWords, text)) {
-            *raw = word->isOn != isInverted;
+        const bool isInverted = isSameText(field.words[0].name, "on");
+        if (const Word *word = findNamed(kSwitchWords, text)) {
+            *raw = isInverted ? 1 - word->raw : word->raw;
             return true;
         }
     }

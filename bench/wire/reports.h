@@ -5,10 +5,8 @@
 // names, checks, damages or compares reports asks these rows; a new report is a new row.
 #pragma once
 
-#include "bench/wire/span.h"
+#include "bench/wire/named.h"
 #include "protocol/frame.h"
-
-#include <QStringList>
 
 #include <optional>
 
@@ -16,13 +14,6 @@ namespace bench {
 
 using canbox::Inbound;
 using canbox::Outbound;
-
-/// A word that stands for a raw value.
-struct Word
-{
-    int raw;
-    const char *text;
-};
 
 /// One value of a report. A value is kept as the raw number that goes over the wire; what a person
 /// reads and writes is `offset + raw * scale` in the unit, or a word.
