@@ -17,7 +17,7 @@ struct Wire
 {
     /// Nothing for a value that this wire does not carry.
     std::function<std::optional<int>(ValueId)> raw;
-    int carModel;
+    int carModel = 1;
 };
 
 /// One payload of its report's size, which is not copied.

@@ -77,7 +77,7 @@ private:
         if (value)
             append(*value);
         else
-            append(nullptr);
+            mBytes += "null";
     }
 
     std::string mBytes;
