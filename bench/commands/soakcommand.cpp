@@ -87,6 +87,7 @@ int soakCommand(const QStringList &arguments)
     SessionOptions options;
     options.plugin = line.value("plugin");
     options.seed = seed;
+    int lossesSignalled = 0;
     Session session(options);
     const QString problem = session.open();
     if (!problem.isEmpty())
@@ -105,9 +106,8 @@ int soakCommand(const QStringList &arguments)
             end.car().setRaw(id, random.below(fieldOf(id).mask() + 1));
         }
     };
-    QObject::connect(&restless, &QTimer::timeout, change);
-    QObject::connect(&end.box(), &VirtualBox::frameSent, change);
-    int lossesSignalled = 0;
+    QObject::connect(&restless, &QTimer::timeout, &restless, change);
+    QObject::connect(&end.box(), &VirtualBox::frameSent, &restless, change);
     QObject::connect(&session, &Session::happened, [&lossesSignalled](const Event &event) {
         lossesSignalled += event.isLink() && numberOf(event.arguments.first()) == 0;
     });

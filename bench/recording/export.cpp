@@ -41,12 +41,12 @@ QString exportHtml(TraceReader &trace, QIODevice &out, const ExportOptions &opti
     QLoggingCategory::setFilterRules(QStringLiteral("default=false")); // It speaks of the past.
     const int recorded = trace.car() ? trace.car()->model : 1;
     PlotPage::About about{options.title, options.carModel.value_or(recorded), 0};
+    PlotPage page; // Told to the decoder's very end.
     TraceDecoder decoder;
     const QString problem = decoder.open(options.plugin, about.carModel);
     if (!problem.isEmpty())
         return problem;
 
-    PlotPage page;
     const auto microseconds = [](double seconds) { return qRound64(seconds * 1e6); };
     QObject::connect(&decoder, &TraceDecoder::item, [&](bool fromBox, const LineItem &item) {
         page.item(microseconds(decoder.seconds()), fromBox, item);
