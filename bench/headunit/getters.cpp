@@ -19,9 +19,9 @@ constexpr int kType = std::is_same_v<Type, bool>    ? 0
 
 // Of an operation of the interface.
 template <auto Operation>
-Value ask(Look &look)
+Value ask(S &service)
 {
-    return (look.service.*Operation)();
+    return (service.*Operation)();
 }
 
 template <typename Type>
@@ -34,8 +34,7 @@ template <auto Operation>
 constexpr Reader get{ask<Operation>, typeOf(Operation)};
 
 template <auto Operation>
-constexpr Reader getNot{[](Look &look) { return Value(!(look.service.*Operation)()); },
-                        kType<bool>};
+constexpr Reader getNot{[](S &service) { return Value(!(service.*Operation)()); }, kType<bool>};
 
 template <auto Operation>
 QString text(S &service)
@@ -45,26 +44,32 @@ QString text(S &service)
 
 // One number for what the interface answers in two.
 template <auto Heat, auto Ventilation>
-constexpr Reader seat{[](Look &look) {
-                          const int heat = (look.service.*Heat)();
-                          return Value(heat > 0 ? heat + 3 : (look.service.*Ventilation)());
+constexpr Reader seat{[](S &service) {
+                          const int heat = (service.*Heat)();
+                          return Value(heat > 0 ? heat + 3 : (service.*Ventilation)());
                       },
                       kType<int>};
 
 // Members of the records.
 template <QString DrivingData::*Member>
-constexpr Reader driving{[](Look &look) { return Value(look.drivingData().*Member); },
+constexpr Reader driving{[](S &service) {
+                             DrivingData data;
+                             service.getDrivingData(data);
+                             return Value(data.*Member);
+                         },
                          kType<QString>};
 
 template <unsigned char AmbientLightData::*Member>
 constexpr Reader ambient{
-    [](Look &look) {
-        return Value(static_cast<int>(look.service.getCarSettingData().ambient.*Member));
-    },
+    [](S &service) { return Value(static_cast<int>(service.getCarSettingData().ambient.*Member)); },
     kType<int>};
 
 template <int Entry>
-constexpr Reader unitValue{[](Look &look) { return Value(look.unitData().values.value(Entry)); },
+constexpr Reader unitValue{[](S &service) {
+                               UnitData data;
+                               service.getUnitData(data);
+                               return Value(data.values.value(Entry));
+                           },
                            kType<int>};
 
 // The words of a getter where they are not the car's.
@@ -246,20 +251,6 @@ const Getter kGetters[] = {
 // clang-format on
 
 } // namespace
-
-const DrivingData &Look::drivingData()
-{
-    if (!mDrivingData)
-        service.getDrivingData(mDrivingData.emplace());
-    return *mDrivingData;
-}
-
-const UnitData &Look::unitData()
-{
-    if (!mUnitData)
-        service.getUnitData(mUnitData.emplace());
-    return *mUnitData;
-}
 
 int getterCount() { return static_cast<int>(std::size(kGetters)); }
 

@@ -17,37 +17,14 @@ namespace bench {
 /// A signal without arguments that announces a change of state.
 using Announcement = void (CanServiceBase::*)();
 
-/// One look at a service: each record that it hands out is copied once, however many of its members
-/// are read.
-class Look
-{
-public:
-    explicit Look(CanServiceBase &asked)
-        : service(asked)
-    {
-    }
-    const DrivingData &drivingData();
-    const UnitData &unitData();
-
-    CanServiceBase &service;
-
-private:
-    std::optional<DrivingData> mDrivingData;
-    std::optional<UnitData> mUnitData;
-};
-
 /// How a value is asked for. Its type is the operation's: of what kind it is is known before any
 /// service is there.
 struct Reader
 {
-    Value (*ask)(Look &look);
+    Value (*ask)(CanServiceBase &service);
     int type; ///< Value::index().
 
-    Value operator()(CanServiceBase &service) const
-    {
-        Look look(service);
-        return ask(look);
-    }
+    Value operator()(CanServiceBase &service) const { return ask(service); }
     bool isSwitch() const { return type == 0; }
     bool isText() const { return type == 3; }
 };

@@ -53,10 +53,9 @@ QVector<Change> StateWatch::look(const QVector<int> &getters)
     QVector<Change> changes;
     if (!mService || getters.isEmpty())
         return changes;
-    Look look(*mService);
     for (const int index : getters) {
         const Getter &row = getter(index);
-        Seen now{row.read.ask(look), row.unitOf(*mService)};
+        Seen now{row.read(*mService), row.unitOf(*mService)};
         Seen &before = mSeen[index];
         if (now.value == before.value && now.unit == before.unit)
             continue;

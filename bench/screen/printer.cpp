@@ -22,12 +22,6 @@ void append(std::string *line, const QString &text)
         *line += printable(text.mid(at)).toStdString();
 }
 
-void pad(std::string *line, std::size_t size)
-{
-    if (line->size() < size)
-        line->append(size - line->size(), ' ');
-}
-
 // To the millisecond, at the right of nine places.
 void appendTime(std::string *line, double seconds)
 {
@@ -123,7 +117,7 @@ void appendEvent(std::string *line, const Event &event, const StateWatch &state)
         *line += ')';
     }
     const std::size_t end = line->size();
-    pad(line, call + kCallSize);
+    line->resize(std::max(end, call + kCallSize), ' ');
     const std::size_t meaning = line->size();
     appendMeaning(line, event, state);
     if (line->size() == meaning)
