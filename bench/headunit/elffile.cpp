@@ -11,6 +11,7 @@
 #include <elf.h>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace bench {
 
@@ -36,19 +37,14 @@ QVersionNumber rank(const QString &version)
 }
 
 // The bytes of a file; whatever is asked for beyond them is not there.
-class Bytes
+class Bytes : public std::string_view
 {
 public:
-    Bytes(const uchar *bytes, quint64 size)
-        : mBytes(bytes)
-        , mSize(size)
-    {
-    }
+    using std::string_view::string_view;
 
-    quint64 size() const { return mSize; }
-    bool has(quint64 offset, quint64 size) const
+    bool has(quint64 offset, quint64 count) const
     {
-        return offset <= mSize && size <= mSize - offset;
+        return offset <= size() && count <= size() - offset;
     }
     template <typename Type>
     std::optional<Type> at(quint64 offset) const
@@ -56,19 +52,15 @@ public:
         if (!has(offset, sizeof(Type)))
             return std::nullopt;
         Type value;
-        std::memcpy(&value, mBytes + offset, sizeof value);
+        std::memcpy(&value, data() + offset, sizeof value);
         return value;
     }
-    QByteArray mid(quint64 offset, quint64 size) const
+    QByteArray mid(quint64 offset, quint64 count) const
     {
-        if (!has(offset, size) || size > kLongestSection)
+        if (!has(offset, count) || count > kLongestSection)
             return {};
-        return {reinterpret_cast<const char *>(mBytes + offset), static_cast<int>(size)};
+        return {data() + offset, static_cast<int>(count)};
     }
-
-private:
-    const uchar *mBytes;
-    quint64 mSize;
 };
 
 /// By the structures of one of the two sizes.
@@ -266,7 +258,7 @@ ElfFile readElf(const QString &path)
     if (!content)
         return fail(QStringLiteral("it cannot be read: %1").arg(file.errorString()));
 
-    const Bytes bytes(content, quint64(file.size()));
+    const Bytes bytes(reinterpret_cast<const char *>(content), std::size_t(file.size()));
     const QByteArray identity = bytes.mid(0, std::min<quint64>(EI_NIDENT, bytes.size()));
     if (identity.startsWith("!<arch>\n"))
         return fail(QStringLiteral("it is a static library; name a shared one (.so)"));
