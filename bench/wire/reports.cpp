@@ -1,7 +1,6 @@
 #include "bench/wire/reports.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <iterator>
 
@@ -16,15 +15,6 @@ constexpr int kTwoCodeModels[] = {1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 
 // Of every switch, beside its own.
 constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "1"},
                                  {0, "off"}, {0, "false"}, {0, "0"}};
-
-constexpr std::array<Place, kValueCount> kPlaces = [] {
-    std::array<Place, kValueCount> places{};
-    for (int index = 0; index < kValueCount; ++index)
-        places[static_cast<std::size_t>(index)] = placeOf(ValueId{index});
-    return places;
-}();
-
-const Place &place(ValueId id) { return kPlaces[static_cast<std::size_t>(id)]; }
 
 bool isSwitch(const Field &field) { return field.words.count == 2 && field.high < 0; }
 
@@ -56,9 +46,9 @@ QStringList valueNames()
     return names;
 }
 
-const Field &fieldOf(ValueId id) { return *place(id).field; }
+const Field &fieldOf(ValueId id) { return *placeOf(id).field; }
 
-const Report &reportOf(ValueId id) { return *place(id).report; }
+const Report &reportOf(ValueId id) { return *placeOf(id).report; }
 
 bool isReport(Inbound type, int size)
 {
