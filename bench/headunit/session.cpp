@@ -18,10 +18,8 @@ const struct
     QString name;
     QStringList arguments;
 } kBenchEvents[] = {
-    {QStringLiteral("device"), {QStringLiteral("open"), QStringLiteral("message")}},
-    {QStringLiteral("cluster"),
-     {QStringLiteral("source"), QStringLiteral("line1"), QStringLiteral("line2"),
-      QStringLiteral("clock")}},
+    {"device", {"open", "message"}},
+    {"cluster", {"source", "line1", "line2", "clock"}},
 };
 
 } // namespace

@@ -9,26 +9,23 @@ namespace bench {
 namespace {
 
 // A row a signal, and a last one for what changes quietly.
-QVector<QVector<int>> readAnnouncements()
-{
-    const QVector<SignalInfo> &rows = interfaceSignals();
-    QVector<QVector<int>> announced(rows.size() + 1);
-    for (int index = 0; index < getterCount(); ++index) {
-        const Announcement announcement = getter(index).announcement;
-        const int method = announcement ? QMetaMethod::fromSignal(announcement).methodIndex() : -1;
-        for (int signal = 0; signal < rows.size(); ++signal)
-            if (rows.at(signal).method == method)
-                announced[signal] += index;
-        if (getter(index).quiet)
-            announced.last() += index;
-    }
-    return announced;
-}
-
 const QVector<QVector<int>> &announcements()
 {
-    static const QVector<QVector<int>> rows = readAnnouncements();
-    return rows;
+    static const QVector<QVector<int>> announced = [] {
+        QVector<QVector<int>> lists(interfaceSignals().size() + 1);
+        for (int index = 0; index < getterCount(); ++index) {
+            const Getter &row = getter(index);
+            const int method =
+                row.announcement ? QMetaMethod::fromSignal(row.announcement).methodIndex() : -1;
+            for (int signal = 0; signal < interfaceSignals().size(); ++signal)
+                if (interfaceSignals().at(signal).method == method)
+                    lists[signal] += index;
+            if (row.quiet)
+                lists.last() += index;
+        }
+        return lists;
+    }();
+    return announced;
 }
 
 } // namespace

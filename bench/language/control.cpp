@@ -66,7 +66,7 @@ void Control::answerGet(LineReader &line)
     if (found.isKnown() || Observable::find(name).isKnown())
         return answered(error(QStringLiteral("'%1' cannot be seen here: %2 is not the bench's own")
                                   .arg(name, mStage.host ? "the box" : "the host")));
-    emit answered(error(ofCar ? unknownValue(name) : unknownGetter(name)));
+    emit answered(error(unknownName(ofCar, name)));
 }
 
 void Control::doStep(const QString &text)

@@ -76,13 +76,6 @@ void readFrame(LineReader &line, ParseContext &context, bool absent)
 
 } // namespace
 
-QString unknownGetter(const QString &name)
-{
-    const QString meant = didYouMean(name, Observable::names());
-    return QStringLiteral("there is no getter '%1'%2")
-        .arg(name, meant.isEmpty() ? QStringLiteral("; 'canbench names' lists them") : meant);
-}
-
 void readExpect(LineReader &line, ParseContext &context)
 {
     context.needs = NeedsHost;
@@ -101,7 +94,7 @@ void readExpect(LineReader &line, ParseContext &context)
     const QString name = line.text(ofCar ? "the name of a car value" : "the name of a getter");
     expectation.observable = ofCar ? Observable::ofCar(name) : Observable::find(name);
     if (!expectation.observable.isKnown())
-        return line.fail(ofCar ? unknownValue(name) : unknownGetter(name));
+        return line.fail(unknownName(ofCar, name));
     const QString sign = line.comparison(kSigns);
     if (!parseComparison(sign, &expectation.comparison))
         line.fail(QStringLiteral("'%1' is not %2").arg(sign, kSigns));

@@ -65,10 +65,8 @@ QVector<Mistake> findObstacles(const QVector<Step> &steps, int present);
 /// Reads UTF-8 text. \returns whether it is such, without a NUL.
 bool readUtf8(const QByteArray &bytes, QString *text);
 
-/// What to say of a name that no value of the car has.
-QString unknownValue(const QString &name);
-/// The same for a getter.
-QString unknownGetter(const QString &name);
+/// What to say of a name that no getter has, or no value of the car.
+QString unknownName(bool ofCar, const QString &name);
 
 /// The forms of the steps, a line each.
 QString scenarioSyntax();

@@ -37,7 +37,7 @@ ValueId readValueName(LineReader &line)
     const QString name = line.text("the name of a car value");
     const std::optional<ValueId> found = findValue(name);
     if (!found)
-        line.fail(unknownValue(name));
+        line.fail(unknownName(true, name));
     return found.value_or(ValueId{});
 }
 
@@ -212,11 +212,12 @@ void ParseContext::add(const Action &action)
     scenario->steps.append({0, {}, action, needs}); // The line is filled in by who has it.
 }
 
-QString unknownValue(const QString &name)
+QString unknownName(bool ofCar, const QString &name)
 {
-    const QString meant = didYouMean(name, valueNames());
-    return QStringLiteral("the car has no value '%1'%2")
-        .arg(name, meant.isEmpty() ? QStringLiteral("; 'canbench names' lists them") : meant);
+    const QString meant = didYouMean(name, ofCar ? valueNames() : Observable::names());
+    return QStringLiteral("%1 '%2'%3")
+        .arg(ofCar ? "the car has no value" : "there is no getter", name,
+             meant.isEmpty() ? "; 'canbench names' lists them" : meant);
 }
 
 void readStep(LineReader &line, ParseContext &context)

@@ -203,7 +203,7 @@ void PlotPage::item(qint64 time, bool fromBox, const LineItem &item)
 
 void PlotPage::countFrame(qint64 time, bool fromBox, const LineItem &item)
 {
-    FrameCount &count = mFrames[{fromBox, item.dataType}];
+    FrameCount &count = mFrames[{!fromBox, item.dataType}];
     if (item.kind == LineItem::BadChecksum) {
         ++count.bad;
         if (fromBox)
@@ -325,7 +325,7 @@ QJsonArray PlotPage::totals() const
     };
     qint64 fromBox = 0, toBox = 0;
     for (auto it = mFrames.cbegin(); it != mFrames.cend(); ++it)
-        (it.key().first ? fromBox : toBox) += it->good;
+        (it.key().first ? toBox : fromBox) += it->good;
     QJsonArray array{entry("frames from the box", fromBox, false),
                      entry("frames to the box", toBox, false)};
     for (int kind = 0; kind < kMarkKinds; ++kind)
@@ -350,23 +350,19 @@ QJsonArray PlotPage::marks() const
 QJsonArray PlotPage::frames() const
 {
     QJsonArray array;
-    for (const bool fromBox : {true, false}) {
-        for (auto it = mFrames.cbegin(); it != mFrames.cend(); ++it) {
-            if (it.key().first != fromBox)
-                continue;
-            const quint8 dataType = it.key().second;
-            array.append(QJsonObject{
-                {QStringLiteral("from"), QLatin1String(fromBox ? "box" : "host")},
-                {QStringLiteral("type"), hexByte(dataType)},
-                {QStringLiteral("name"), frameName(fromBox, dataType)},
-                {QStringLiteral("count"), it->good},
-                {QStringLiteral("bad"), it->bad},
-                {QStringLiteral("first"), it->first},
-                {QStringLiteral("last"), it->last},
-                {QStringLiteral("gap"), it->gap},
-                {QStringLiteral("gapAt"), it->gapAt},
-            });
-        }
+    for (auto it = mFrames.cbegin(); it != mFrames.cend(); ++it) {
+        const auto [isToBox, dataType] = it.key();
+        array.append(QJsonObject{
+            {"from", isToBox ? "host" : "box"},
+            {"type", hexByte(dataType)},
+            {"name", frameName(!isToBox, dataType)},
+            {"count", it->good},
+            {"bad", it->bad},
+            {"first", it->first},
+            {"last", it->last},
+            {"gap", it->gap},
+            {"gapAt", it->gapAt},
+        });
     }
     return array;
 }

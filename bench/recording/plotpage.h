@@ -101,7 +101,7 @@ private:
     Marks mMarks[kMarkKinds];
     QMap<QString, Marks> mSignals;
     Traffic mFromBox, mToBox;
-    QMap<QPair<bool, quint8>, FrameCount> mFrames; ///< By direction, the host first, and type.
+    QMap<QPair<bool, quint8>, FrameCount> mFrames; ///< By direction, the box first, and type.
     QHash<quint8, qint64> mDamaged; ///< When a frame of this type from the box was bad.
 };
 
