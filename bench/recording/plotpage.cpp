@@ -70,13 +70,13 @@ QJsonObject seriesJson(const QString &name, const QString &unit, const char *kin
         numbers.append(std::isnan(point.number) ? QJsonValue(point.word)
                                                 : QJsonValue(point.number));
     }
-    return {{QStringLiteral("name"), name},
-            {QStringLiteral("unit"), unit},
-            {QStringLiteral("kind"), QLatin1String(kind)},
-            {QStringLiteral("width"), series.width()},
-            {QStringLiteral("changes"), series.changes() - 1}, // The first is no change.
-            {QStringLiteral("t"), times.array()},
-            {QStringLiteral("v"), numbers}};
+    return {{"name", name},
+            {"unit", unit},
+            {"kind", kind},
+            {"width", series.width()},
+            {"changes", series.changes() - 1}, // The first is no change.
+            {"t", times.array()},
+            {"v", numbers}};
 }
 
 QJsonObject marksJson(const QString &name, const char *kind, const Marks &marks)
@@ -89,13 +89,11 @@ QJsonObject marksJson(const QString &name, const char *kind, const Marks &marks)
         counts.append(mark.count);
         texts.append(mark.text);
     }
-    QJsonObject object{
-        {QStringLiteral("name"), name},           {QStringLiteral("kind"), QLatin1String(kind)},
-        {QStringLiteral("width"), marks.width()}, {QStringLiteral("count"), marks.count()},
-        {QStringLiteral("t"), times.array()},     {QStringLiteral("text"), texts}};
+    QJsonObject object{{"name", name},           {"kind", kind},       {"width", marks.width()},
+                       {"count", marks.count()}, {"t", times.array()}, {"text", texts}};
     if (marks.width() > 0) {
-        object.insert(QStringLiteral("d"), durations);
-        object.insert(QStringLiteral("n"), counts);
+        object.insert("d", durations);
+        object.insert("n", counts);
     }
     return object;
 }
@@ -107,7 +105,7 @@ QJsonObject trafficJson(Traffic fromBox, Traffic toBox)
         fromBox.widen();
     while (toBox.seconds() < fromBox.seconds())
         toBox.widen();
-    QJsonObject object{{QStringLiteral("width"), fromBox.seconds() * 1'000'000}};
+    QJsonObject object{{"width", fromBox.seconds() * 1'000'000}};
     const auto insert = [&object](const char *name, const Traffic &traffic) {
         QJsonArray means, peaks;
         for (const Traffic::Stretch &stretch : traffic.stretches()) {
@@ -374,20 +372,15 @@ QJsonObject PlotPage::json() const
         ports.append(QString::fromLatin1(port));
     for (const Plot &plot : mPlots) {
         QJsonObject object = seriesJson(plot.name, plot.unit, plot.kind, plot.series);
-        object.insert(QStringLiteral("words"), QJsonArray{plot.words[0], plot.words[1]});
+        object.insert("words", QJsonArray{plot.words[0], plot.words[1]});
         series.append(object);
     }
-    return {{QStringLiteral("title"), mAbout.title},
-            {QStringLiteral("model"), mAbout.carModel},
-            {QStringLiteral("start"), mAbout.start},
-            {QStringLiteral("span"), mSpan},
-            {QStringLiteral("problem"), mProblem},
-            {QStringLiteral("ports"), ports},
-            {QStringLiteral("totals"), totals()},
-            {QStringLiteral("series"), series},
-            {QStringLiteral("marks"), marks()},
-            {QStringLiteral("traffic"), trafficJson(mFromBox, mToBox)},
-            {QStringLiteral("frames"), frames()}};
+    return {{"title", mAbout.title}, {"model", mAbout.carModel},
+            {"start", mAbout.start}, {"span", mSpan},
+            {"problem", mProblem},   {"ports", ports},
+            {"totals", totals()},    {"series", series},
+            {"marks", marks()},      {"traffic", trafficJson(mFromBox, mToBox)},
+            {"frames", frames()}};
 }
 
 QString PlotPage::write(QIODevice &out) const
