@@ -393,6 +393,18 @@ private slots:
         QCOMPARE(read.count("\nerror: "), kCount);
     }
 
+    void aLineExpectsNothingOfBeforeTheLatestStep()
+    {
+        QProcess host;
+        host.start(CANBENCH, {"run", "--control", "-"});
+        host.write("expect link == 3 within 5s\nset door.rear open\n"
+                   "expect door.rear == open within 5s\nset climate.fan 5\n"
+                   "expect no signal doorChanged within 1ms\n");
+        host.closeWriteChannel();
+        QVERIFY(host.waitForFinished(10000));
+        QCOMPARE(host.readAllStandardOutput(), QByteArray("ok\nok\nok\nok\nok\n"));
+    }
+
     void refusesBeforeAnythingRuns_data() { addRows(kRefusals); }
     void refusesBeforeAnythingRuns()
     {

@@ -252,8 +252,8 @@ private slots:
                 .member("on", true)
                 .member("n", quint8(255));
             line.key("changes").beginObject().member("a\"b", 21.6F).member("c", "[");
-            line.endObject().key("list").beginArray().value(QVariant()).value(nan);
-            line.value(QVariant(0.1)).value(QVariant("x")).value(QVariant(false)).endArray();
+            line.endObject().key("list").beginArray().value(nullptr).value(nan);
+            line.value(0.1).value("x").value(false).endArray();
             line.key("none").beginArray().endArray();
             QCOMPARE(QByteArray::fromStdString(line.end()),
                      QByteArray("{\"time\":-1.000001,\"on\":true,\"n\":255,\"changes\":{\"a\\\"b\":"

@@ -99,7 +99,7 @@ QString VirtualBox::meaning(Outbound command, const QByteArray &payload)
         break;
     case Outbound::Request:
         if (isRequest(payload))
-            return inboundName(canbox::byteAt(payload, 0));
+            return frameName(true, canbox::byteAt(payload, 0));
         break;
     case Outbound::CarSelect:
         if (isSelection(payload))

@@ -163,13 +163,8 @@ QString clockOf(const QByteArray &payload)
 {
     if (payload.size() != 6)
         return {};
-    const QLatin1Char zero('0');
-    return QStringLiteral("%1-%2-%3 %4:%5")
-        .arg(2000 + at(payload, 0))
-        .arg(at(payload, 1), 2, 10, zero)
-        .arg(at(payload, 2), 2, 10, zero)
-        .arg(at(payload, 3), 2, 10, zero)
-        .arg(at(payload, 4), 2, 10, zero);
+    return QString::asprintf("%d-%02d-%02d %02d:%02d", 2000 + at(payload, 0), at(payload, 1),
+                             at(payload, 2), at(payload, 3), at(payload, 4));
 }
 
 } // namespace

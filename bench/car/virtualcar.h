@@ -38,7 +38,6 @@ public:
 
     /// Whether the bumpers report two codes per sensor, of which the smaller counts.
     void setTwoCodesPerSensor(bool on);
-    bool twoCodesPerSensor() const { return mTwoCodesPerSensor; }
 
     /// Presses a steering-wheel key, 0 to 255. Another key that is held comes up first.
     void pressKey(quint8 key);

@@ -67,6 +67,10 @@ private:
     bool mWrong = false;
 };
 
+/// Lists the names with \p text in them. \param ofCar only those that `set` takes.
+/// \returns an exit code: Failed if there is none.
+int sayNames(const QString &text, bool json, bool ofCar);
+
 struct ParseContext;
 /// Reads the `KIND[=RATE],...` of --faults into the step that it stands for.
 /// \returns an empty text, or what is wrong.

@@ -1,6 +1,5 @@
 #include "bench/commands/commandline.h"
 #include "bench/commands/typefilter.h"
-#include "bench/headunit/pluginfile.h"
 #include "bench/recording/decoder.h"
 #include "bench/screen/output.h"
 #include "bench/screen/printer.h"
@@ -8,37 +7,14 @@
 
 #include <QLoggingCategory>
 
-#include <optional>
 #include <unistd.h>
 
 namespace bench {
 
 namespace {
 
-constexpr double kEver = 1e12; // s
-
-// Shows how far it is, unless the lines themselves are on the terminal.
-class DecodeProgress
-{
-public:
-    explicit DecodeProgress(const TraceReader &trace)
-        : mTrace(trace)
-        , mVisible(mProgress.isVisible() && !isatty(STDOUT_FILENO) && trace.progress() >= 0)
-    {
-    }
-    void lineRead()
-    {
-        constexpr int kLines = 4096; // Some milliseconds.
-        if (mVisible && ++mLines % kLines == 0)
-            mProgress.showShare(mTrace.progress());
-    }
-
-private:
-    const TraceReader &mTrace;
-    Progress mProgress;
-    const bool mVisible;
-    int mLines = 0;
-};
+constexpr double kEver = 1e12;       // s
+constexpr qint64 kLinesAShow = 4096; // Some milliseconds.
 
 } // namespace
 
@@ -75,13 +51,9 @@ int decodeCommand(const QStringList &arguments)
     int carModel = line.number("model", 1, 0, 65535);
     const double from = line.seconds("from", 0, 0, kEver);
     const double to = line.seconds("to", kEver, from, kEver);
+    const TypeFilter only = readTypeFilter(&line, true);
     if (line.isWrong())
         return WrongUsage;
-    TypeFilter only;
-    const QString wrongType =
-        line.isSet("only") ? readTypeFilter(line.value("only"), true, &only) : QString();
-    if (!wrongType.isEmpty())
-        return line.complain(wrongType);
     if (file.isEmpty())
         return line.complain("name the trace to decode");
     if (line.isSet("json") && line.isSet("csv"))
@@ -98,8 +70,7 @@ int decodeCommand(const QStringList &arguments)
                  .arg(carModel)
                  .arg(trace.car()->model));
     TraceDecoder decoder;
-    const QString plugin = line.value("plugin");
-    const QString problem = decoder.open(plugin.isEmpty() ? defaultPluginFile() : plugin, carModel);
+    const QString problem = decoder.open(line.value("plugin"), carModel);
     if (!problem.isEmpty())
         return fail(problem);
 
@@ -127,17 +98,20 @@ int decodeCommand(const QStringList &arguments)
         if (isInTime() && (isWantedFrame || only.events.contains(event.name)))
             printer.print(event, decoder.state());
     });
-    std::optional<DecodeProgress> progress(trace);
+    // The lines themselves may be on the terminal.
+    Progress progress;
+    const bool showsShare = progress.isVisible() && !isatty(STDOUT_FILENO) && trace.progress() >= 0;
     TraceLine chunk;
-    for (bool isFirst = true; trace.next(&chunk); isFirst = false) {
-        if (isFirst)
+    for (qint64 lines = 0; trace.next(&chunk); ++lines) {
+        if (lines == 0)
             printer.setOrigin(chunk.time);
         decoder.feed(chunk);
-        progress->lineRead();
+        if (showsShare && lines % kLinesAShow == 0)
+            progress.showShare(trace.progress());
         if (trace.isWaiting())
             standardOutput().flush();
     }
-    progress.reset();
+    progress.clear();
     decoder.finish();
     printer.print(decoder.summary(), decoder.seconds());
     if (!trace.note().isEmpty())

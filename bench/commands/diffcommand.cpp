@@ -1,6 +1,5 @@
 // What the hosts of two recordings saw differently.
 #include "bench/commands/commandline.h"
-#include "bench/headunit/pluginfile.h"
 #include "bench/recording/decoder.h"
 #include "bench/screen/jsonline.h"
 #include "bench/screen/output.h"
@@ -30,9 +29,7 @@ QString tell(const QString &file, CommandLine &line, Story *story)
         return trace.problem();
     const int own = trace.car() ? trace.car()->model : 1;
     TraceDecoder decoder;
-    const QString plugin = line.value("plugin");
-    const QString problem = decoder.open(plugin.isEmpty() ? defaultPluginFile() : plugin,
-                                         line.number("model", own, 0, 65535));
+    const QString problem = decoder.open(line.value("plugin"), line.number("model", own, 0, 65535));
     if (!problem.isEmpty())
         return problem;
     int linkCode = -1;
@@ -47,10 +44,7 @@ QString tell(const QString &file, CommandLine &line, Story *story)
             if (std::exchange(linkCode, code) != code)
                 add(QStringLiteral("link"), QString::number(code));
         } else if (!event.arguments.isEmpty()) {
-            QStringList arguments;
-            for (const Value &argument : event.arguments)
-                arguments += plainText(argument);
-            add(event.name, '(' + arguments.join(QStringLiteral(", ")) + ')');
+            add(event.name, '(' + plainText(event.arguments) + ')');
         }
     });
     TraceLine chunk;

@@ -1,9 +1,9 @@
 #include "bench/commands/commandline.h"
 #include "bench/language/closestname.h"
 #include "bench/recording/export.h"
-#include "bench/recording/htmlexport.h"
 #include "bench/recording/outputfile.h"
 #include "bench/screen/output.h"
+#include "bench/wire/named.h"
 
 #include <QFileInfo>
 
@@ -16,23 +16,15 @@ namespace {
 struct Format
 {
     const char *name;
-    QString (*write)(TraceReader &trace, QIODevice &out, const HtmlOptions &options);
+    QString (*write)(TraceReader &trace, QIODevice &out, const ExportOptions &options);
     bool isText;
 };
 
 constexpr Format kFormats[] = {
-    {"candump", [](auto &trace, auto &out, auto &) { return exportCandump(trace, out); }, true},
-    {"pcapng", [](auto &trace, auto &out, auto &) { return exportPcapng(trace, out); }, false},
+    {"candump", exportCandump, true},
+    {"pcapng", exportPcapng, false},
     {"html", exportHtml, false},
 };
-
-const Format *findFormat(const QString &name)
-{
-    for (const Format &format : kFormats)
-        if (name == QLatin1String(format.name))
-            return &format;
-    return nullptr;
-}
 
 } // namespace
 
@@ -62,8 +54,8 @@ int exportCommand(const QStringList &arguments)
         return *code;
     const QString file = line.positionalArguments().value(0);
     const QString output = line.isSet("output") ? line.value("output") : "-";
-    const Format *format = findFormat(line.value("format"));
-    HtmlOptions options{QFileInfo(file).fileName(), line.value("plugin"), {}};
+    const Format *format = findNamed(kFormats, line.value("format"));
+    ExportOptions options{QFileInfo(file).fileName(), line.value("plugin"), {}};
     if (line.isSet("model"))
         options.carModel = line.number("model", 1, -32768, 65535);
     if (line.isWrong())
@@ -76,7 +68,7 @@ int exportCommand(const QStringList &arguments)
                 .arg(line.isSet("format")
                          ? QStringLiteral(", not '%1'%2")
                                .arg(line.value("format"),
-                                    didYouMean(line.value("format"), {"candump", "pcapng", "html"}))
+                                    didYouMean(line.value("format"), namesOf(kFormats)))
                          : QString()));
     if (output == "-" && !format->isText && isatty(STDOUT_FILENO))
         return line.complain(

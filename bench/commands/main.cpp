@@ -2,6 +2,7 @@
 #include "bench/commands/commandline.h"
 #include "bench/language/closestname.h"
 #include "bench/screen/output.h"
+#include "bench/wire/named.h"
 
 #include <QCoreApplication>
 
@@ -41,9 +42,8 @@ QString overview()
 int runProgram(const QStringList &arguments)
 {
     const QString name = arguments.value(1);
-    for (const bench::Subcommand &command : kCommands)
-        if (name == QLatin1String(command.name))
-            return command.run(arguments.mid(2));
+    if (const auto *command = bench::findNamed(kCommands, name))
+        return command->run(arguments.mid(2));
 
     const bool isHelp = name == QLatin1String("help");
     if (isHelp && arguments.size() > 2)
@@ -56,14 +56,11 @@ int runProgram(const QStringList &arguments)
         bench::say(QStringLiteral("canbench ") + QCoreApplication::applicationVersion());
         return bench::Done;
     }
-    QStringList names;
-    for (const bench::Subcommand &command : kCommands)
-        names += QLatin1String(command.name);
     bench::fail(name.isEmpty() ? QStringLiteral("a command is needed")
                 : name.startsWith('-')
                     ? QStringLiteral("there is no option '%1' before a command").arg(name)
                     : QStringLiteral("there is no command '%1'%2")
-                          .arg(name, bench::didYouMean(name, names)));
+                          .arg(name, bench::didYouMean(name, bench::namesOf(kCommands))));
     bench::standardError().line(QStringLiteral("Try 'canbench --help'."));
     return bench::WrongUsage;
 }

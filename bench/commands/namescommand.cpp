@@ -1,6 +1,5 @@
 // The names of the language, for a person, for a program and for the shell's completion.
 #include "bench/commands/commandline.h"
-#include "bench/commands/names.h"
 #include "bench/language/closestname.h"
 #include "bench/language/names.h"
 #include "bench/screen/jsonline.h"
@@ -59,7 +58,7 @@ void sayJson(const NameRow &row, JsonLine &json)
 {
     json.begin()
         .member("name", row.name)
-        .member("set", row.isSet)
+        .member("set", row.isSet())
         .member("expect", row.isExpected)
         .member("values", row.values)
         .member("shown", row.shown.isEmpty() ? row.values : row.shown)
@@ -88,7 +87,7 @@ int sayNames(const QString &text, bool json, bool ofCar)
     bool isAny = false;
     for (const NameRow &row : nameRows()) {
         names += row.name;
-        if (!matches(row, text) || (ofCar && !row.isSet))
+        if (!matches(row, text) || (ofCar && !row.isSet()))
             continue;
         if (json) {
             sayJson(row, line);
@@ -139,9 +138,8 @@ int namesCommand(const QStringList &arguments)
         return sayNames(line.positionalArguments().value(0), line.isSet("json"), false);
     const QStringList words = wordsFor(line.value("of"));
     if (words.isEmpty())
-        return line.complain(QStringLiteral("--of knows no '%1'; possible: %2%3")
-                                 .arg(line.value("of"), wordedOptions().join(", "),
-                                      didYouMean(line.value("of"), wordedOptions())));
+        return line.complain(QStringLiteral("--of knows no '%1'").arg(line.value("of")) +
+                             possible(line.value("of"), wordedOptions()));
     for (const QString &word : words)
         say(word);
     return Done;

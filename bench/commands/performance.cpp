@@ -97,7 +97,6 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
                                  "--unattended tells the lines");
         runner.abort();
     };
-    QObject::connect(&runner, &Runner::said, [&](const QString &text) { reporter.onSaid(text); });
     QObject::connect(&runner, &Runner::asked, [&, isKnown = false](const QString &text) mutable {
         standardError().line(text); // Standard output may be for a program.
         if (!*person)
@@ -116,8 +115,10 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
             leave();
         lines->setPaused(false);
     });
-    QObject::connect(&runner, &Runner::said,
-                     [&](const QString &text) { run.printer().heading(text, session.seconds()); });
+    QObject::connect(&runner, &Runner::said, [&](const QString &text) {
+        reporter.onSaid(text);
+        run.printer().heading(text, session.seconds());
+    });
     QObject::connect(&run.unixSignals(), &UnixSignals::caught, [&runner] { runner.abort(); });
 
     std::unique_ptr<PageRecorder> page;
@@ -151,7 +152,7 @@ int perform(const Scenario &scenario, const QString &name, double speed, RunOpti
         *report = reporter.finish(result, code, failure, scenario.steps);
     const QString file = runner.file().isEmpty() ? name : runner.file();
     const QString outcome = code == Done ? QStringLiteral("passed") : QStringLiteral("failed");
-    QVector<QPair<const char *, Value>> members{
+    Members members{
         {"scenario", name}, {"result", outcome}, {"expectationsMet", runner.expectationsMet()}};
     if (result != Runner::Passed)
         members += {{"file", file},

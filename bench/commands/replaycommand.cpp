@@ -147,13 +147,9 @@ int replayCommand(const QStringList &arguments)
     options.to = line.seconds("to", options.to, options.from, options.to);
     options.fromBox = !line.isSet("to-box");
     int carModel = line.number("model", 1, 0, 65535);
+    const TypeFilter only = readTypeFilter(&line, false);
     if (line.isWrong())
         return WrongUsage;
-    TypeFilter only;
-    const QString wrongType =
-        line.isSet("only") ? readTypeFilter(line.value("only"), false, &only) : QString();
-    if (!wrongType.isEmpty())
-        return line.complain(wrongType);
     options.only = options.fromBox ? only.fromBox : only.toBox;
     if (line.isSet("only") && options.only.isEmpty())
         return line.complain(

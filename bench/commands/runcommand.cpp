@@ -1,4 +1,3 @@
-#include "bench/commands/names.h"
 #include "bench/commands/sessionrun.h"
 #include "bench/language/parser.h"
 #include "bench/language/runner.h"
@@ -75,7 +74,6 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
     SessionRun run(options);
     Session &session = run.session();
     Runner given(Stage(session), 1);
-    Runner keys(Stage(session), 1);
     std::optional<int> ending; // Which may be earlier than the event loop.
     const auto end = [&ending](int code) {
         ending = ending.value_or(code);
@@ -88,8 +86,6 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
     if (Terminal::isAvailable() && !wantsLines)
         view = std::make_unique<LiveView>(&session);
     bool wasLinked = false;
-    bool isActing = false;
-    QVector<Step> pressed; ///< Keys of the live view, not yet done.
     QObject::connect(&session, &Session::happened, [&](const Event &event) {
         if (view)
             view->show(event);
@@ -98,33 +94,22 @@ int run(const CommandLine &line, const RunOptions &options, const OptionSteps &s
         if (session.linkCode() == 3 && !std::exchange(wasLinked, true))
             given.run(steps.linked.steps);
     });
+    Control keys((Stage(session)));
+    QStringList pressed; // Done one after the other, however fast they were pressed.
+    const auto doNext = [&] {
+        if (!keys.isBusy() && !pressed.isEmpty())
+            keys.take(pressed.takeFirst().toLatin1());
+    };
     if (view) {
         QObject::connect(view.get(), &LiveView::quit, [end] { end(Done); });
         QObject::connect(view.get(), &LiveView::acted, [&](const QString &text) {
-            Scenario scenario;
-            ParseContext context{&scenario, session.isStarted(),
-                                 session.boxEnd() && session.boxEnd()->isPlugged()};
-            for (const QString &step : text.split('\n'))
-                parseLine(step, 0, context);
-            bool isPossible = scenario.mistakes.isEmpty();
-            for (const Mistake &mistake : qAsConst(scenario.mistakes))
-                view->note(QStringLiteral("           ") + mistake.text);
-            for (const Step &step : qAsConst(scenario.steps))
-                if ((step.needs & NeedsBox) && !session.boxEnd()) {
-                    view->note(
-                        QStringLiteral("           '%1' needs the embedded box").arg(step.text));
-                    isPossible = false;
-                }
-            if (!isPossible)
-                return;
-            pressed += scenario.steps; // One after the other, however fast they were pressed.
-            if (!std::exchange(isActing, true))
-                keys.run(std::exchange(pressed, {}));
+            pressed += text.split('\n');
+            doNext();
         });
-        QObject::connect(&keys, &Runner::finished, [&] {
-            isActing = !pressed.isEmpty();
-            if (isActing)
-                keys.run(std::exchange(pressed, {}));
+        QObject::connect(&keys, &Control::answered, [&](const QString &answer) {
+            if (view && answer != QLatin1String("ok"))
+                view->note(QString(11, ' ') + answer.section(' ', 1)); // Without its kind.
+            doNext();
         });
     }
     QObject::connect(&run.channel(), &ControlChannel::ended, [end] { end(Done); });

@@ -26,54 +26,12 @@ constexpr int kSettle = 4000;       // ms for the host to come back and hear the
 constexpr int kAllowedGrowth = 1024;
 
 // Per frame; what stops the traffic for seconds is rare.
-constexpr char kDefaultFaults[] =
-    "fault all rate 0.0002, silence rate 0.00001, stall rate 0.00001, no-answer rate 0, "
-    "unplug rate 0.00001, unplug-frame rate 0.00001, unplug-write rate 0.00001";
+constexpr char kDefaultFaults[] = "all=0.0002,silence=0.00001,stall=0.00001,no-answer=0,"
+                                  "unplug=0.00001,unplug-frame=0.00001,unplug-write=0.00001";
 
 qint64 heapKibibytes() { return static_cast<qint64>(mallinfo2().uordblks / 1024); }
 
 int descriptors() { return QDir(QStringLiteral("/proc/self/fd")).entryList().size(); }
-
-/// Changes the car with every frame, so that the line is never idle.
-class RestlessCar
-{
-public:
-    RestlessCar(Session *session, quint32 seed)
-        : mSession(session)
-        , mRandom(seed)
-    {
-        mTick.setInterval(50); // Begins again what a silent box has ended.
-        QObject::connect(&mTick, &QTimer::timeout, &mTick, [this] { change(); });
-        QObject::connect(&mSession->boxEnd()->box(), &VirtualBox::frameSent, &mTick, [this] {
-            if (mTick.isActive())
-                change();
-        });
-    }
-
-    void begin() { mTick.start(); }
-    void end() { mTick.stop(); }
-
-private:
-    void change()
-    {
-        for (int i = 0; i < 4; ++i) {
-            const ValueId id{mRandom.below(kValueCount)};
-            mSession->boxEnd()->car().setRaw(id, mRandom.below(fieldOf(id).mask() + 1));
-        }
-    }
-
-    Session *const mSession;
-    FaultRandom mRandom;
-    QTimer mTick;
-};
-
-qint64 faultTotal(const FaultInjector &injector)
-{
-    qint64 total = 0;
-    for (int i = 0; i < kFaultCount; ++i)
-        total += injector.count(faultInfo(i).fault);
-    return total;
-}
 
 // Ends early, as the main loop does, on a signal.
 void wait(int milliseconds, const UnixSignals &unixSignals)
@@ -118,11 +76,8 @@ int soakCommand(const QStringList &arguments)
         return WrongUsage;
     Scenario faults;
     ParseContext context{&faults};
-    QString wrongPlan;
-    if (line.isSet("faults"))
-        wrongPlan = readFaultOption(line.value("faults"), context);
-    else
-        parseLine(QString::fromLatin1(kDefaultFaults), 1, context);
+    const QString wrongPlan =
+        readFaultOption(line.isSet("faults") ? line.value("faults") : kDefaultFaults, context);
     if (!wrongPlan.isEmpty())
         return line.complain(wrongPlan);
 
@@ -132,6 +87,7 @@ int soakCommand(const QStringList &arguments)
     SessionOptions options;
     options.plugin = line.value("plugin");
     options.seed = seed;
+    int lossesSignalled = 0;
     Session session(options);
     const QString problem = session.open();
     if (!problem.isEmpty())
@@ -141,8 +97,17 @@ int soakCommand(const QStringList &arguments)
     FaultInjector &injector = end.faults();
     Witness witness(&session, Witness::Present);
     Runner runner(Stage(session), 1);
-    RestlessCar car(&session, seed);
-    int lossesSignalled = 0;
+    // The car changes with every frame, so that the line is never idle.
+    FaultRandom random(seed);
+    QTimer restless; // Begins again what a silent box has ended.
+    const auto change = [&] {
+        for (int i = 0; restless.isActive() && i < 4; ++i) {
+            const ValueId id{random.below(kValueCount)};
+            end.car().setRaw(id, random.below(fieldOf(id).mask() + 1));
+        }
+    };
+    QObject::connect(&restless, &QTimer::timeout, &restless, change);
+    QObject::connect(&end.box(), &VirtualBox::frameSent, &restless, change);
     QObject::connect(&session, &Session::happened, [&lossesSignalled](const Event &event) {
         lossesSignalled += event.isLink() && numberOf(event.arguments.first()) == 0;
     });
@@ -153,7 +118,7 @@ int soakCommand(const QStringList &arguments)
                                         "Ctrl-C stops it.")
                              .arg(duration, 0, 'f', 0));
     session.start();
-    car.begin();
+    restless.start(50);
     wait(kWarmUp, unixSignals);
     if (unixSignals.latest() != 0)
         return SignalBase + unixSignals.latest();
@@ -181,7 +146,7 @@ int soakCommand(const QStringList &arguments)
         return code;
 
     // The line becomes whole again, and the host hears the car once more.
-    car.end();
+    restless.stop();
     injector.setPlan({});
     while (injector.isBusy() && unixSignals.latest() == 0)
         wait(100, unixSignals);
@@ -217,12 +182,15 @@ int soakCommand(const QStringList &arguments)
     for (const QString &failure : failures)
         fail(failure);
     const qint64 frames = session.summary().fromBox.frameTotal();
+    qint64 faultTotal = 0;
+    for (const auto &row : injector.summary())
+        faultTotal += row.second;
     printer.outcome({}, {});
     printer.outcome(failures.isEmpty()
                         ? QStringLiteral("The soak passed: %1 frames, %2 faults, %3 losses of the "
                                          "link, and the host knows the car")
                               .arg(frames)
-                              .arg(faultTotal(injector))
+                              .arg(faultTotal)
                               .arg(lossesSignalled)
                         : QStringLiteral("The soak failed: %1").arg(failures.join("; ")),
                     {});

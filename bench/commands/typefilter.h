@@ -1,6 +1,8 @@
 // The value of --only: what of a recording is wanted.
 #pragma once
 
+#include "bench/commands/commandline.h"
+
 #include <QSet>
 #include <QStringList>
 
@@ -14,8 +16,9 @@ struct TypeFilter
     bool isEmpty() const { return fromBox.isEmpty() && toBox.isEmpty() && events.isEmpty(); }
 };
 
-/// Reads `0x24,doors,keyEvent`: numbers of both directions, names of reports and commands, and
-/// events where \p withEvents allows them. \returns an empty text, or what is wrong.
-QString readTypeFilter(const QString &text, bool withEvents, TypeFilter *filter);
+/// Reads `0x24,doors,keyEvent` from --only, if it is set: numbers of both directions, names of
+/// reports and commands, and events where \p withEvents allows them. A mistake is told: ask
+/// CommandLine::isWrong().
+TypeFilter readTypeFilter(CommandLine *line, bool withEvents);
 
 } // namespace bench

@@ -4,34 +4,18 @@
 #include <QMap>
 #include <QVersionNumber>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <cxxabi.h>
 #include <elf.h>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace bench {
 
 namespace {
-
-struct Elf32
-{
-    using Header = Elf32_Ehdr;
-    using Program = Elf32_Phdr;
-    using Section = Elf32_Shdr;
-    using Dynamic = Elf32_Dyn;
-    using Symbol = Elf32_Sym;
-};
-
-struct Elf64
-{
-    using Header = Elf64_Ehdr;
-    using Program = Elf64_Phdr;
-    using Section = Elf64_Shdr;
-    using Dynamic = Elf64_Dyn;
-    using Symbol = Elf64_Sym;
-};
 
 constexpr auto kOurByteOrder = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? ELFDATA2LSB : ELFDATA2MSB;
 constexpr quint64 kLongestText = 4096;
@@ -53,19 +37,14 @@ QVersionNumber rank(const QString &version)
 }
 
 // The bytes of a file; whatever is asked for beyond them is not there.
-class Bytes
+class Bytes : public std::string_view
 {
 public:
-    Bytes(const uchar *bytes, quint64 size)
-        : mBytes(bytes)
-        , mSize(size)
-    {
-    }
+    using std::string_view::string_view;
 
-    quint64 size() const { return mSize; }
-    bool has(quint64 offset, quint64 size) const
+    bool has(quint64 offset, quint64 count) const
     {
-        return offset <= mSize && size <= mSize - offset;
+        return offset <= size() && count <= size() - offset;
     }
     template <typename Type>
     std::optional<Type> at(quint64 offset) const
@@ -73,22 +52,19 @@ public:
         if (!has(offset, sizeof(Type)))
             return std::nullopt;
         Type value;
-        std::memcpy(&value, mBytes + offset, sizeof value);
+        std::memcpy(&value, data() + offset, sizeof value);
         return value;
     }
-    QByteArray mid(quint64 offset, quint64 size) const
+    QByteArray mid(quint64 offset, quint64 count) const
     {
-        if (!has(offset, size) || size > kLongestSection)
+        if (!has(offset, count) || count > kLongestSection)
             return {};
-        return {reinterpret_cast<const char *>(mBytes + offset), static_cast<int>(size)};
+        return {data() + offset, static_cast<int>(count)};
     }
-
-private:
-    const uchar *mBytes;
-    quint64 mSize;
 };
 
-template <typename Elf>
+/// By the structures of one of the two sizes.
+template <typename Header, typename Program, typename Section, typename Dynamic, typename Symbol>
 class Reader
 {
 public:
@@ -100,25 +76,46 @@ public:
 
     void read()
     {
-        const auto header = mBytes.at<typename Elf::Header>(0);
+        const auto header = mBytes.at<Header>(0);
         if (!header)
-            return cutShort(sizeof(typename Elf::Header));
-        mHeader = *header;
-        mFile.machine = mHeader.e_machine;
-        if (mHeader.e_shnum == 0 || mHeader.e_shentsize != sizeof(Section) ||
-            (mHeader.e_phnum != 0 && mHeader.e_phentsize != sizeof(typename Elf::Program)))
+            return cutShort(sizeof(Header));
+        mFile.machine = header->e_machine;
+        if (header->e_shnum == 0 || header->e_shentsize != sizeof(Section) ||
+            (header->e_phnum != 0 && header->e_phentsize != sizeof(Program)))
             return damaged("it has no table of sections, or none that can be read");
-        if (!readPrograms() || !readSections())
+        const auto programs =
+            table<Program>(header->e_phoff, header->e_phnum, [](const Program &program) {
+                return Extent{program.p_offset, program.p_filesz};
+            });
+        mSections = table<Section>(header->e_shoff, header->e_shnum, [](const Section &section) {
+            return Extent{section.sh_offset, section.sh_type == SHT_NOBITS ? 0 : section.sh_size};
+        });
+        if (!mFile.problem.isEmpty())
             return;
         readDynamic();
         readVersions();
         readSymbols();
-        mFile.metaData = content(".qtmetadata");
-        mFile.kind = kind();
+        for (const Section &section : mSections)
+            if (text(header->e_shstrndx, section.sh_name) == ".qtmetadata")
+                mFile.metaData = mBytes.mid(section.sh_offset, section.sh_size);
+        // A library may have an interpreter, too, and programs before 2015 do not say what they
+        // are.
+        const bool isLoaded = header->e_type == ET_DYN;
+        const bool hasInterpreter =
+            std::any_of(programs.begin(), programs.end(),
+                        [](const Program &program) { return program.p_type == PT_INTERP; });
+        if (header->e_type == ET_EXEC || mIsProgram ||
+            (isLoaded && hasInterpreter && mFile.name.isEmpty()))
+            mFile.kind = ElfFile::Program;
+        else if (isLoaded)
+            mFile.kind = ElfFile::Library;
     }
 
 private:
-    using Section = typename Elf::Section;
+    struct Extent
+    {
+        quint64 offset, size;
+    };
 
     void cutShort(quint64 end)
     {
@@ -133,38 +130,20 @@ private:
         mFile.problem = QStringLiteral("it is damaged: %1; copy it again").arg(QLatin1String(what));
     }
 
-    bool readPrograms()
+    // What each entry tells of must be in the file, too, or all of the file is not there.
+    template <typename Entry, typename ExtentOf>
+    QVector<Entry> table(quint64 offset, int count, ExtentOf extentOf)
     {
-        for (int i = 0; i < mHeader.e_phnum; ++i) {
-            const quint64 offset = mHeader.e_phoff + quint64(i) * sizeof(typename Elf::Program);
-            const auto program = mBytes.at<typename Elf::Program>(offset);
-            if (!program)
-                cutShort(offset + sizeof(typename Elf::Program));
-            else if (!mBytes.has(program->p_offset, program->p_filesz))
-                cutShort(quint64(program->p_offset) + program->p_filesz);
+        QVector<Entry> entries;
+        for (; entries.size() < count && mFile.problem.isEmpty(); offset += sizeof(Entry)) {
+            const auto entry = mBytes.at<Entry>(offset);
+            const Extent extent = entry ? extentOf(*entry) : Extent{offset, sizeof(Entry)};
+            if (mBytes.has(extent.offset, extent.size))
+                entries.append(*entry);
             else
-                mHasInterpreter = mHasInterpreter || program->p_type == PT_INTERP;
-            if (!mFile.problem.isEmpty())
-                return false;
+                cutShort(extent.offset + extent.size);
         }
-        return true;
-    }
-
-    bool readSections()
-    {
-        for (int i = 0; i < mHeader.e_shnum; ++i) {
-            const quint64 offset = mHeader.e_shoff + quint64(i) * sizeof(Section);
-            const auto section = mBytes.at<Section>(offset);
-            if (!section)
-                cutShort(offset + sizeof(Section));
-            else if (section->sh_type != SHT_NOBITS &&
-                     !mBytes.has(section->sh_offset, section->sh_size))
-                cutShort(quint64(section->sh_offset) + section->sh_size);
-            if (!mFile.problem.isEmpty())
-                return false;
-            mSections.append(*section);
-        }
-        return true;
+        return entries;
     }
 
     const Section *find(quint32 type) const
@@ -186,17 +165,8 @@ private:
         return bytes.left(bytes.indexOf('\0'));
     }
 
-    QByteArray content(const char *name) const
-    {
-        for (const Section &section : mSections)
-            if (text(mHeader.e_shstrndx, section.sh_name) == name)
-                return mBytes.mid(section.sh_offset, section.sh_size);
-        return {};
-    }
-
     void readDynamic()
     {
-        using Dynamic = typename Elf::Dynamic;
         const Section *section = find(SHT_DYNAMIC);
         for (quint64 at = 0; section && at + sizeof(Dynamic) <= section->sh_size;
              at += sizeof(Dynamic)) {
@@ -246,7 +216,6 @@ private:
 
     void readSymbols()
     {
-        using Symbol = typename Elf::Symbol;
         const Section *symbols = find(SHT_DYNSYM);
         const Section *versions = find(SHT_GNU_versym);
         for (quint64 i = 1; symbols && (i + 1) * sizeof(Symbol) <= symbols->sh_size; ++i) {
@@ -266,21 +235,9 @@ private:
         mFile.exports.sort();
     }
 
-    ElfFile::Kind kind() const
-    {
-        // A library may have an interpreter, too, and programs before 2015 do not say what they
-        // are.
-        if (mHeader.e_type == ET_EXEC || mIsProgram ||
-            (mHeader.e_type == ET_DYN && mHasInterpreter && mFile.name.isEmpty()))
-            return ElfFile::Program;
-        return mHeader.e_type == ET_DYN ? ElfFile::Library : ElfFile::Other;
-    }
-
     const Bytes mBytes;
     ElfFile &mFile;
-    typename Elf::Header mHeader{};
     QVector<Section> mSections;
-    bool mHasInterpreter = false;
     bool mIsProgram = false;
 };
 
@@ -289,41 +246,33 @@ private:
 ElfFile readElf(const QString &path)
 {
     ElfFile result;
+    const auto fail = [&result](const QString &problem) {
+        result.problem = problem;
+        return result;
+    };
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        result.problem = QStringLiteral("it cannot be read: %1").arg(file.errorString());
-        return result;
-    }
-    if (file.size() == 0) {
-        result.problem = QStringLiteral("it is empty; copy it again");
-        return result;
-    }
-    const uchar *content = file.map(0, file.size());
-    if (!content) {
-        result.problem = QStringLiteral("it cannot be read: %1").arg(file.errorString());
-        return result;
-    }
-    const Bytes bytes(content, quint64(file.size()));
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    if (isOpen && file.size() == 0)
+        return fail(QStringLiteral("it is empty; copy it again"));
+    const uchar *content = isOpen ? file.map(0, file.size()) : nullptr;
+    if (!content)
+        return fail(QStringLiteral("it cannot be read: %1").arg(file.errorString()));
+
+    const Bytes bytes(reinterpret_cast<const char *>(content), std::size_t(file.size()));
     const QByteArray identity = bytes.mid(0, std::min<quint64>(EI_NIDENT, bytes.size()));
-    if (!identity.startsWith(ELFMAG)) {
-        result.problem = identity.startsWith("!<arch>\n")
-                             ? QStringLiteral("it is a static library; name a shared one (.so)")
-                             : QStringLiteral("it is not a library (no ELF file)");
-        return result;
-    }
-    if (identity.size() < EI_NIDENT) {
-        result.problem = QStringLiteral("it is cut short within its first line; copy it again");
-        return result;
-    }
-    if (identity.at(EI_DATA) != kOurByteOrder) {
-        result.problem = QStringLiteral("it is built for a machine of the other byte order");
-        return result;
-    }
+    if (identity.startsWith("!<arch>\n"))
+        return fail(QStringLiteral("it is a static library; name a shared one (.so)"));
+    if (!identity.startsWith(ELFMAG))
+        return fail(QStringLiteral("it is not a library (no ELF file)"));
+    if (identity.size() < EI_NIDENT)
+        return fail(QStringLiteral("it is cut short within its first line; copy it again"));
+    if (identity.at(EI_DATA) != kOurByteOrder)
+        return fail(QStringLiteral("it is built for a machine of the other byte order"));
     result.bits = identity.at(EI_CLASS) == ELFCLASS64 ? 64 : 32;
     if (result.bits == 64)
-        Reader<Elf64>(bytes, &result).read();
+        Reader<Elf64_Ehdr, Elf64_Phdr, Elf64_Shdr, Elf64_Dyn, Elf64_Sym>(bytes, &result).read();
     else
-        Reader<Elf32>(bytes, &result).read();
+        Reader<Elf32_Ehdr, Elf32_Phdr, Elf32_Shdr, Elf32_Dyn, Elf32_Sym>(bytes, &result).read();
     return result;
 }
 

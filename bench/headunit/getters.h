@@ -17,37 +17,14 @@ namespace bench {
 /// A signal without arguments that announces a change of state.
 using Announcement = void (CanServiceBase::*)();
 
-/// One look at a service: each record that it hands out is copied once, however many of its members
-/// are read.
-class Look
-{
-public:
-    explicit Look(CanServiceBase &asked)
-        : service(asked)
-    {
-    }
-    const DrivingData &drivingData();
-    const UnitData &unitData();
-
-    CanServiceBase &service;
-
-private:
-    std::optional<DrivingData> mDrivingData;
-    std::optional<UnitData> mUnitData;
-};
-
 /// How a value is asked for. Its type is the operation's: of what kind it is is known before any
 /// service is there.
 struct Reader
 {
-    Value (*ask)(Look &look);
+    Value (*ask)(CanServiceBase &service);
     int type; ///< Value::index().
 
-    Value operator()(CanServiceBase &service) const
-    {
-        Look look(service);
-        return ask(look);
-    }
+    Value operator()(CanServiceBase &service) const { return ask(service); }
     bool isSwitch() const { return type == 0; }
     bool isText() const { return type == 3; }
 };
@@ -62,16 +39,14 @@ struct Reading
 /// One state getter of the interface, or one member of a record that it hands out.
 struct Getter
 {
-    const char
-        *name; ///< For example `climate.left`. The car's value of the same name is its source.
+    const char *name; ///< For example `climate.left`, as the car's value that it shows.
     Reader read;
+    Span<Word> words = {}; ///< What stands for a number; of a switch, for off and on.
     QString (*unit)(CanServiceBase &service) = nullptr; ///< Null for a value without a unit text.
-    Announcement announcements[2] = {};                 ///< Null: it never changes.
-    Inbound report = {};       ///< The frame that it comes from; 0 for none.
-    Meaning meaning = nullptr; ///< Null: no frame changes it.
-    Span<Word> words = {};     ///< What stands for a number; of a switch, for off and on.
-    bool quiet =
-        false; ///< May change before its signal, or without one: see StateWatch::lookAround().
+    Announcement announcement = nullptr;                ///< Null: it never changes.
+    Inbound report = {};                                ///< That it comes from; 0 for none.
+    Meaning meaning = {};
+    bool quiet = false; ///< May change without its signal, or before: see StateWatch::lookAround().
     bool alias = false; ///< An older name, or a part of another value: read by name, not listed.
 
     /// A text with a number and its unit, as "12km/h", where the car has a number.

@@ -7,18 +7,20 @@
 
 namespace bench {
 
-PayloadWire::PayloadWire(Inbound type, const QByteArray &payload, int carModel)
-    : mReport(findReport(type))
-    , mPayload(payload)
-    , mCarModel(carModel)
+PayloadWire::PayloadWire(Inbound type, const QByteArray &payload, int model)
+    : Wire{[type, &payload, model](ValueId id) {
+               return reportOf(id).type == type
+                          ? rawIn(fieldOf(id), payload, hasTwoCodesPerSensor(model))
+                          : std::nullopt;
+           },
+           model}
 {
 }
 
-std::optional<int> PayloadWire::raw(ValueId id) const
+std::optional<Value> Meaning::operator()(const Wire &wire) const
 {
-    if (&reportOf(id) != mReport)
-        return std::nullopt;
-    return rawIn(fieldOf(id), mPayload, hasTwoCodesPerSensor(mCarModel));
+    const std::optional<int> raw = wire.raw(source);
+    return raw ? map(*raw, wire) : std::nullopt;
 }
 
 namespace meanings {
@@ -33,23 +35,11 @@ const QLatin1String kNoReading("--");
 
 QString withUnit(const QString &number, int unit) { return number + Translator::translate(unit); }
 
-std::optional<Value> temperature(const Wire &wire, ValueId id)
-{
-    const std::optional<int> code = wire.raw(id);
-    if (!code)
-        return std::nullopt;
-    if (*code == 0x00)
-        return -100.0F;
-    if (*code == 0x7F)
-        return -101.0F;
-    if (*code < 31 || *code > 59)
-        return -1.0F;
-    const float celsius = static_cast<float>(*code) / 2;
-    const bool isFahrenheit = wire.raw(valueId("climate.unit")).value_or(0) != 0;
-    return isFahrenheit ? static_cast<float>(static_cast<double>(celsius) * 1.8 + 32) : celsius;
-}
-
 } // namespace
+
+bool isSet(int raw) { return raw != 0; }
+
+bool isClear(int raw) { return raw == 0; }
 
 int same(int raw) { return raw; }
 
@@ -102,42 +92,37 @@ QString speed(int raw)
     return raw != 0xFF ? withUnit(QString::number(raw), kSpeed) : QString(kNoReading);
 }
 
-std::optional<Value> leftTemperature(const Wire &wire)
+std::optional<Value> temperature(int code, const Wire &wire)
 {
-    return temperature(wire, valueId("climate.left"));
+    if (code == 0x00)
+        return -100.0F;
+    if (code == 0x7F)
+        return -101.0F;
+    if (code < 31 || code > 59)
+        return -1.0F;
+    const float celsius = static_cast<float>(code) / 2;
+    const bool isFahrenheit = wire.raw(valueId("climate.unit")).value_or(0) != 0;
+    return isFahrenheit ? static_cast<float>(static_cast<double>(celsius) * 1.8 + 32) : celsius;
 }
 
-std::optional<Value> rightTemperature(const Wire &wire)
+// All four states are in one report.
+std::optional<Value> tyreAlert(int, const Wire &wire)
 {
-    return temperature(wire, valueId("climate.right"));
-}
-
-std::optional<Value> tyreAlert(const Wire &wire)
-{
-    constexpr ValueId kStates[] = {
-        valueId("tyre.front_left.state"), valueId("tyre.front_right.state"),
-        valueId("tyre.rear_left.state"), valueId("tyre.rear_right.state")};
     int alert = 0;
-    for (const ValueId id : kStates) {
-        const std::optional<int> code = wire.raw(id);
-        if (!code)
-            return std::nullopt;
-        alert |= tyreState(*code) != 0;
-    }
+    for (const ValueId id : {valueId("tyre.front_left.state"), valueId("tyre.front_right.state"),
+                             valueId("tyre.rear_left.state"), valueId("tyre.rear_right.state")})
+        alert |= tyreState(wire.raw(id).value_or(0)) != 0;
     return alert;
 }
 
-std::optional<Value> ambientColour(const Wire &wire)
+std::optional<Value> ambientColour(int raw, const Wire &wire)
 {
     constexpr int kColours[] = {7, 1, 3, 2, 4, 5, 0, 6};
     constexpr int kColoursOf97To102[] = {7, 6, 1, 5, 3, 0, 2, 4};
-    const std::optional<int> raw = wire.raw(valueId("ambient.colour"));
-    if (!raw)
-        return std::nullopt;
-    const int code = *raw & 0x7F;
+    const int code = raw & 0x7F;
     if (code > 7)
         return 0;
-    const bool isOfList = wire.carModel() >= 97 && wire.carModel() <= 102;
+    const bool isOfList = wire.carModel >= 97 && wire.carModel <= 102;
     return (isOfList ? kColoursOf97To102 : kColours)[code];
 }
 

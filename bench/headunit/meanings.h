@@ -7,85 +7,56 @@
 #include "bench/headunit/value.h"
 #include "bench/wire/reports.h"
 
+#include <functional>
 #include <optional>
 
 namespace bench {
 
 /// Raw values to be shown: those of a car, or of one payload.
-class Wire
+struct Wire
 {
-public:
-    virtual ~Wire() = default;
     /// Nothing for a value that this wire does not carry.
-    virtual std::optional<int> raw(ValueId id) const = 0;
-    virtual int carModel() const = 0;
+    std::function<std::optional<int>(ValueId)> raw;
+    int carModel = 1;
 };
 
-/// One payload of its report's size.
-class PayloadWire : public Wire
+/// One payload of its report's size, which is not copied.
+struct PayloadWire : Wire
 {
-public:
-    /// \param payload is not copied.
     PayloadWire(Inbound type, const QByteArray &payload, int carModel);
-
-    std::optional<int> raw(ValueId id) const override;
-    int carModel() const override { return mCarModel; }
-
-private:
-    const Report *const mReport;
-    const QByteArray &mPayload;
-    const int mCarModel;
 };
 
-/// Nothing where the wire leaves the host at what it showed before.
-using Meaning = std::optional<Value> (*)(const Wire &wire);
+/// What is shown for a value of the car.
+struct Meaning
+{
+    /// \returns nothing where the wire leaves the host at what it showed before.
+    using Map = std::optional<Value> (*)(int raw, const Wire &wire);
+
+    Map map = nullptr; ///< Null: nothing on the wire changes it.
+    ValueId source = {};
+
+    constexpr explicit operator bool() const { return map; }
+    std::optional<Value> operator()(const Wire &wire) const;
+};
 
 namespace meanings {
 
-/// A bit or a number as it is.
-template <int Id>
-std::optional<Value> isSet(const Wire &wire)
+/// For what depends on the value alone.
+template <auto Show>
+std::optional<Value> as(int raw, const Wire &)
 {
-    const std::optional<int> raw = wire.raw(ValueId{Id});
-    return raw ? std::optional<Value>(*raw != 0) : std::nullopt;
+    return Value(Show(raw));
 }
 
-template <int Id>
-std::optional<Value> isClear(const Wire &wire)
+/// Codes beyond the last one change nothing.
+template <int Last>
+std::optional<Value> setting(int raw, const Wire &)
 {
-    const std::optional<int> raw = wire.raw(ValueId{Id});
-    return raw ? std::optional<Value>(*raw == 0) : std::nullopt;
+    return raw <= Last ? std::optional<Value>(raw) : std::nullopt;
 }
 
-template <int Id, int (*Map)(int raw)>
-std::optional<Value> mapped(const Wire &wire)
-{
-    const std::optional<int> raw = wire.raw(ValueId{Id});
-    return raw ? std::optional<Value>(Map(*raw)) : std::nullopt;
-}
-
-template <int Id, QString (*Text)(int raw)>
-std::optional<Value> shown(const Wire &wire)
-{
-    const std::optional<int> raw = wire.raw(ValueId{Id});
-    return raw ? std::optional<Value>(Text(*raw)) : std::nullopt;
-}
-
-template <int Id, float (*Number)(int raw)>
-std::optional<Value> measured(const Wire &wire)
-{
-    const std::optional<int> raw = wire.raw(ValueId{Id});
-    return raw ? std::optional<Value>(Number(*raw)) : std::nullopt;
-}
-
-// Settings: codes beyond the last one change nothing.
-template <int Id, int Last>
-std::optional<Value> setting(const Wire &wire)
-{
-    const std::optional<int> raw = wire.raw(ValueId{Id});
-    return raw && *raw <= Last ? std::optional<Value>(*raw) : std::nullopt;
-}
-
+bool isSet(int raw);
+bool isClear(int raw);
 int same(int raw);
 int blowingMode(int raw);
 int seatHeat(int code);
@@ -102,10 +73,9 @@ QString range(int raw);
 QString consumption(int raw);
 QString speed(int raw);
 
-std::optional<Value> leftTemperature(const Wire &wire);
-std::optional<Value> rightTemperature(const Wire &wire);
-std::optional<Value> tyreAlert(const Wire &wire);
-std::optional<Value> ambientColour(const Wire &wire);
+std::optional<Value> temperature(int code, const Wire &wire);
+std::optional<Value> tyreAlert(int, const Wire &wire);
+std::optional<Value> ambientColour(int raw, const Wire &wire);
 
 } // namespace meanings
 

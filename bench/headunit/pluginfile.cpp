@@ -1,6 +1,7 @@
 #include "bench/headunit/pluginfile.h"
 
 #include "bench/headunit/trialload.h"
+#include "bench/wire/named.h"
 #include "frozencontract.h"
 
 #include <QCborMap>
@@ -29,24 +30,12 @@ constexpr int kMajorVersion = 13;
 constexpr int kMinorVersion = 14;
 enum MetaDataKey { InterfaceId = 2, ClassName = 3 };
 
-struct Machine
-{
-    int code;
-    const char *name;
-};
-
-constexpr Machine kMachines[] = {
+constexpr Word kMachines[] = {
     {EM_X86_64, "x86-64"},  {EM_386, "32-bit x86"}, {EM_AARCH64, "64-bit ARM"},
     {EM_ARM, "32-bit ARM"}, {EM_RISCV, "RISC-V"},
 };
 
-struct FileError
-{
-    int error;
-    const char *text;
-};
-
-constexpr FileError kFileErrors[] = {
+constexpr Word kFileErrors[] = {
     {ENOENT, "there is no such file"},
     {ENOTDIR, "there is no such file: a part of its path is no folder"},
     {ELOOP, "its links lead in a circle"},
@@ -62,10 +51,8 @@ QString fileProblem(const QString &path)
         const int error = errno;
         if (error == ENOENT && lstat(name.constData(), &info) == 0)
             return QStringLiteral("it is a link to a file that does not exist");
-        const auto *row =
-            std::find_if(std::begin(kFileErrors), std::end(kFileErrors),
-                         [error](const FileError &known) { return known.error == error; });
-        return row == std::end(kFileErrors) ? qt_error_string(error) : QLatin1String(row->text);
+        const Word *known = wordOf(kFileErrors, error);
+        return known ? QLatin1String(known->name) : qt_error_string(error);
     }
     if (S_ISDIR(info.st_mode))
         return QStringLiteral("it is a folder; name the file in it");
@@ -148,11 +135,8 @@ QString beyond(const QStringList &list, const QStringList &other)
 
 QString machineName(int machine)
 {
-    const auto *row =
-        std::find_if(std::begin(kMachines), std::end(kMachines),
-                     [machine](const Machine &known) { return known.code == machine; });
-    return row == std::end(kMachines) ? QStringLiteral("machine %1").arg(machine)
-                                      : QLatin1String(row->name);
+    const Word *known = wordOf(kMachines, machine);
+    return known ? QLatin1String(known->name) : QStringLiteral("machine %1").arg(machine);
 }
 
 QString defaultPluginFile()
@@ -181,15 +165,11 @@ PluginFile examinePlugin(const QString &file)
     result.tables = readElf(result.path);
     result.metaData = readMetaData(result.tables.metaData);
     for (const QString &problem : {libraryProblem(result.tables), machineProblem(result.tables),
-                                   metaDataProblem(result.metaData)}) {
-        if (problem.isEmpty())
-            continue;
-        result.problem = problem;
-        return result;
-    }
-    const TrialLoad trial = tryLoading(result.path);
-    result.problem = trial.problem;
-    result.className = trial.className;
+                                   metaDataProblem(result.metaData)})
+        if (result.problem.isEmpty())
+            result.problem = problem;
+    if (result.problem.isEmpty())
+        result.problem = tryLoading(result.path, &result.className);
     return result;
 }
 

@@ -108,7 +108,7 @@ PluginHost::~PluginHost() { unload(); }
 QString PluginHost::load(const QString &file)
 {
     unload();
-    const PluginFile plugin = examinePlugin(file);
+    const PluginFile plugin = examinePlugin(file.isEmpty() ? defaultPluginFile() : file);
     QString problem = plugin.problem;
     if (problem.isEmpty()) {
         canservice::ConfigManager::instance()->setPluginFullPath(plugin.path);

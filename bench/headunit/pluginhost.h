@@ -40,8 +40,8 @@ public:
     explicit PluginHost(QObject *parent = nullptr);
     ~PluginHost() override;
 
-    /// Loads \p file and makes the service, which opens its serial port now.
-    /// \returns an empty text, or why it cannot be done.
+    /// Loads \p file, or the plug-in of this build if it is empty, and makes the service, which
+    /// opens its serial port now. \returns an empty text, or why it cannot be done.
     QString load(const QString &file);
     /// Destroys the service. Every start needs its stop before.
     void unload();

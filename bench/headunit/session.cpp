@@ -1,7 +1,5 @@
 #include "bench/headunit/session.h"
 
-#include "bench/headunit/pluginfile.h"
-
 #include <canbusmanager.h>
 #include <serialport.h>
 
@@ -20,10 +18,8 @@ const struct
     QString name;
     QStringList arguments;
 } kBenchEvents[] = {
-    {QStringLiteral("device"), {QStringLiteral("open"), QStringLiteral("message")}},
-    {QStringLiteral("cluster"),
-     {QStringLiteral("source"), QStringLiteral("line1"), QStringLiteral("line2"),
-      QStringLiteral("clock")}},
+    {"device", {"open", "message"}},
+    {"cluster", {"source", "line1", "line2", "clock"}},
 };
 
 } // namespace
@@ -106,7 +102,7 @@ QString Session::open()
     SerialPort::setDefaultDevice(device);
     CanBusManager::instance()->setCarModelId(mOptions.carModel);
     CanBusManager::instance()->setHwdCarModelIndex(mOptions.carIndex);
-    return mHost.load(mOptions.plugin.isEmpty() ? defaultPluginFile() : mOptions.plugin);
+    return mHost.load(mOptions.plugin);
 }
 
 void Session::start()
@@ -153,6 +149,7 @@ void Session::onReceived(const QByteArray &bytes)
     mBytesIn += bytes.size();
     mLastByte = seconds();
     mAroundTmr.start();
+    emit carried(true, bytes);
     mFromBox.feed(bytes, mClock.microseconds());
 }
 
@@ -163,6 +160,7 @@ void Session::onWritten(const QByteArray &bytes, bool delivered)
         return;
     }
     mBytesOut += bytes.size();
+    emit carried(false, bytes);
     mToBox.feed(bytes, mClock.microseconds());
 }
 

@@ -68,7 +68,7 @@ public:
     const StateWatch &state() const { return mState; }
     int linkCode() const { return mLinkCode; } ///< -1 before the first one.
     bool isDeviceOpen() const { return mDeviceOpen; }
-    double seconds() const { return static_cast<double>(mClock.nanoseconds()) / 1e9; }
+    double seconds() const { return mClock.seconds(); }
     /// Seconds since the box's last byte; since the session's making before the first.
     double secondsSinceByte() const { return seconds() - mLastByte; }
     const Clock &clock() const { return mClock; }
@@ -82,6 +82,8 @@ public:
 
 signals:
     void happened(const bench::Event &event);
+    /// What the line has carried, before it is cut.
+    void carried(bool fromBox, const QByteArray &bytes);
     /// What came from the box, cut as the service cuts it.
     void received(const bench::LineItem &item);
 

@@ -9,29 +9,23 @@ namespace bench {
 namespace {
 
 // A row a signal, and a last one for what changes quietly.
-QVector<QVector<int>> readAnnouncements()
-{
-    const QVector<SignalInfo> &rows = interfaceSignals();
-    QVector<QVector<int>> announced(rows.size() + 1);
-    for (int index = 0; index < getterCount(); ++index) {
-        for (const Announcement announcement : getter(index).announcements) {
-            if (!announcement)
-                continue;
-            const int method = QMetaMethod::fromSignal(announcement).methodIndex();
-            for (int signal = 0; signal < rows.size(); ++signal)
-                if (rows.at(signal).method == method)
-                    announced[signal] += index;
-        }
-        if (getter(index).quiet)
-            announced.last() += index;
-    }
-    return announced;
-}
-
 const QVector<QVector<int>> &announcements()
 {
-    static const QVector<QVector<int>> rows = readAnnouncements();
-    return rows;
+    static const QVector<QVector<int>> announced = [] {
+        QVector<QVector<int>> lists(interfaceSignals().size() + 1);
+        for (int index = 0; index < getterCount(); ++index) {
+            const Getter &row = getter(index);
+            const int method =
+                row.announcement ? QMetaMethod::fromSignal(row.announcement).methodIndex() : -1;
+            for (int signal = 0; signal < interfaceSignals().size(); ++signal)
+                if (interfaceSignals().at(signal).method == method)
+                    lists[signal] += index;
+            if (row.quiet)
+                lists.last() += index;
+        }
+        return lists;
+    }();
+    return announced;
 }
 
 } // namespace
@@ -56,10 +50,9 @@ QVector<Change> StateWatch::look(const QVector<int> &getters)
     QVector<Change> changes;
     if (!mService || getters.isEmpty())
         return changes;
-    Look look(*mService);
     for (const int index : getters) {
         const Getter &row = getter(index);
-        Seen now{row.read.ask(look), row.unitOf(*mService)};
+        Seen now{row.read(*mService), row.unitOf(*mService)};
         Seen &before = mSeen[index];
         if (now.value == before.value && now.unit == before.unit)
             continue;

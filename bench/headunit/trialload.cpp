@@ -84,11 +84,11 @@ QString ending(int status, const QByteArray &output)
 
 } // namespace
 
-TrialLoad tryLoading(const QString &file)
+QString tryLoading(const QString &file, QString *className)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
-        return {QStringLiteral("it cannot be tried: ") + qt_error_string(errno), {}};
+        return QStringLiteral("it cannot be tried: ") + qt_error_string(errno);
     const pid_t child = fork();
     if (child == 0)
         tryHere(file, ends[1]);
@@ -97,7 +97,7 @@ TrialLoad tryLoading(const QString &file)
     QFile pipe;
     pipe.open(ends[0], QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
     if (child < 0)
-        return {QStringLiteral("it cannot be tried: ") + qt_error_string(error), {}};
+        return QStringLiteral("it cannot be tried: ") + qt_error_string(error);
     const QByteArray output = pipe.readAll();
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
@@ -105,10 +105,12 @@ TrialLoad tryLoading(const QString &file)
 
     const int at = output.lastIndexOf(kAnswer);
     if (at < 0 || at + 1 == output.size())
-        return {ending(status, output), {}};
+        return ending(status, output);
     const QString answer = QString::fromUtf8(output.mid(at + 2));
-    return output.at(at + 1) == ClassName ? TrialLoad{{}, answer}
-                                          : TrialLoad{explained(answer), {}};
+    if (output.at(at + 1) != ClassName)
+        return explained(answer);
+    *className = answer;
+    return {};
 }
 
 } // namespace bench

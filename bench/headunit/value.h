@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QVector>
 
 #include <optional>
 #include <variant>
@@ -13,6 +14,8 @@ using Value = std::variant<bool, int, float, QString>;
 
 /// As a person reads it: `true`, `22.5`, or a text as it is.
 QString plainText(const Value &value);
+/// With commas between.
+QString plainText(const QVector<Value> &values);
 
 inline bool isSwitch(const Value &value) { return std::holds_alternative<bool>(value); }
 inline bool isText(const Value &value) { return std::holds_alternative<QString>(value); }

@@ -10,22 +10,6 @@ namespace {
 
 constexpr int kKey = -1;
 
-class CarWire : public Wire
-{
-public:
-    CarWire(const VirtualCar &car, int carModel)
-        : mCar(car)
-        , mCarModel(carModel)
-    {
-    }
-    std::optional<int> raw(ValueId id) const override { return mCar.raw(id); }
-    int carModel() const override { return mCarModel; }
-
-private:
-    const VirtualCar &mCar;
-    const int mCarModel;
-};
-
 QByteArray frameKey(Inbound type, const QByteArray &payload)
 {
     return static_cast<char>(type) + payload;
@@ -56,7 +40,7 @@ QStringList Witness::differences() const
 {
     QStringList texts;
     BoxEnd &end = *mSession->boxEnd();
-    const CarWire wire(end.car(), mSession->options().carModel);
+    const Wire wire{[&end](ValueId id) { return end.car().raw(id); }, mSession->options().carModel};
     for (int index = 0; index < getterCount(); ++index) {
         const Getter &row = getter(index);
         if (!row.meaning || !mReceived.contains(static_cast<int>(row.report)) ||

@@ -1,6 +1,7 @@
 // The steps of the box, its line and its cable.
 #include "bench/language/closestname.h"
 #include "bench/language/parser.h"
+#include "bench/language/stage.h"
 
 namespace bench {
 
@@ -8,91 +9,84 @@ using namespace steps;
 
 namespace {
 
-enum : bool { One, All };
-
 // A kind of fault, or `all` of them where that is possible.
-bool readFaultKind(LineReader &line, bool all, QVector<Fault> *faults)
+QVector<Fault> readFaultKind(LineReader &line, bool isAllPossible)
 {
-    QString name;
-    if (!line.text("a kind of fault", &name))
-        return false;
-    for (int i = 0; i < kFaultCount; ++i)
-        if (name == QLatin1String(faultInfo(i).name)) {
-            faults->append(faultInfo(i).fault);
-            return true;
-        }
-    if (all && name == QLatin1String("all")) {
-        for (int i = 0; i < kFaultCount; ++i)
-            faults->append(faultInfo(i).fault);
-        return true;
+    const QString name = line.text("a kind of fault");
+    if (const FaultInfo *row = findFault(name))
+        return {row->fault};
+    if (!isAllPossible || name != QLatin1String("all")) {
+        line.fail(QStringLiteral("there is no fault '%1'").arg(name) +
+                  possible(name, faultNames()));
+        return {};
     }
-    const QStringList names = faultNames();
-    return line.fail(QStringLiteral("there is no fault '%1'; possible: %2%3")
-                         .arg(name, names.join(", "), didYouMean(name, names)));
+    QVector<Fault> faults;
+    for (int i = 0; i < kFaultCount; ++i)
+        faults.append(faultInfo(i).fault);
+    return faults;
 }
 
 } // namespace
 
-bool readFrame(LineReader &line, ParseContext &context)
+void readFrame(LineReader &line, ParseContext &context)
 {
-    int type = 0;
-    QByteArray payload;
-    if (!line.number("a data type", 0, 255, &type) || !line.bytes("a payload byte", &payload))
-        return false;
+    const auto type = static_cast<quint8>(line.number("a data type", 0, 255));
+    const QByteArray payload = line.bytes("a payload byte");
     if (payload.size() > canbox::kMaxPayload)
-        return line.fail(QStringLiteral("a frame has room for 255 payload bytes"));
-    return context.add(Frame{Inbound{static_cast<quint8>(type)}, payload});
+        line.fail(QStringLiteral("a frame has room for 255 payload bytes"));
+    context.add(Frame{Inbound{type}, payload});
 }
 
-bool readBytes(LineReader &line, ParseContext &context)
+void readBytes(LineReader &line, ParseContext &context)
 {
-    int first = 0;
-    QByteArray rest;
-    if (!line.number("a byte", 0, 255, &first) || !line.bytes("a byte", &rest))
-        return false;
-    return context.add(Bytes{static_cast<char>(first) + rest});
+    const auto first = static_cast<char>(line.number("a byte", 0, 255));
+    const QByteArray bytes = first + line.bytes("a byte");
+    context.add(Do{[bytes](const Stage &stage) { stage.box->box().sendRaw(bytes); }});
 }
 
-bool readSilence(LineReader &, ParseContext &context) { return context.add(Box::Silent); }
-bool readSpeak(LineReader &, ParseContext &context) { return context.add(Box::Speaking); }
+void readSilence(LineReader &, ParseContext &context)
+{
+    context.add(Do{[](const Stage &stage) { stage.box->box().setSilent(true); }});
+}
 
-bool readUnplug(LineReader &line, ParseContext &context)
+void readSpeak(LineReader &, ParseContext &context)
+{
+    context.add(Do{[](const Stage &stage) { stage.box->box().setSilent(false); }});
+}
+
+void readUnplug(LineReader &line, ParseContext &context)
 {
     if (!context.plugged)
-        return line.fail(QStringLiteral("the box is unplugged already; 'plug' it in before"));
+        line.fail(QStringLiteral("the box is unplugged already; 'plug' it in before"));
     context.plugged = false;
-    return context.add(Box::Unplugged);
+    context.add(Box::Unplugged);
 }
 
-bool readPlug(LineReader &line, ParseContext &context)
+void readPlug(LineReader &line, ParseContext &context)
 {
     if (context.plugged)
-        return line.fail(QStringLiteral("the box is plugged in already; 'unplug' it before"));
+        line.fail(QStringLiteral("the box is plugged in already; 'unplug' it before"));
     context.plugged = true;
-    return context.add(Box::Plugged);
+    context.add(Box::Plugged);
 }
 
-bool readFault(LineReader &line, ParseContext &context)
+void readFault(LineReader &line, ParseContext &context)
 {
     if (line.accept("none"))
-        return context.add(NoFaults{});
-    QVector<Fault> faults;
-    double rate = 0;
-    if (!readFaultKind(line, line.follows("rate"), &faults))
-        return false;
+        return context.add(Do{[](const Stage &stage) { stage.box->faults().setPlan({}); }});
+    QVector<Fault> faults = readFaultKind(line, line.follows("rate"));
     if (!line.accept("rate"))
-        return context.add(InjectFault{faults.first()});
+        return context.add(Do{
+            [fault = faults.value(0)](const Stage &stage) { stage.box->faults().inject(fault); }});
     FaultRates step;
     for (;;) {
-        if (!line.share("a probability per frame", &rate))
-            return false;
+        const double rate = line.share("a probability per frame");
         for (const Fault fault : qAsConst(faults))
             step.rates.append({fault, rate});
         if (!line.accept(","))
             return context.add(step);
-        faults.clear();
-        if (!readFaultKind(line, All, &faults) || !line.expect("rate"))
-            return false;
+        faults = readFaultKind(line, true);
+        line.expect("rate");
     }
 }
 

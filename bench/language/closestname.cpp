@@ -6,6 +6,10 @@
 
 namespace bench {
 
+namespace {
+
+// How many letters have to be inserted, removed, replaced or swapped with their neighbour to make
+// one text of the other.
 int editDistance(const QString &one, const QString &other)
 {
     // The last three rows of the table of distances between the beginnings of the two texts.
@@ -27,6 +31,8 @@ int editDistance(const QString &one, const QString &other)
     return last.last();
 }
 
+} // namespace
+
 QString didYouMean(const QString &name, const QStringList &candidates)
 {
     constexpr int kLongestName = 64; // What is longer is no slip of the finger.
@@ -42,6 +48,12 @@ QString didYouMean(const QString &name, const QStringList &candidates)
         }
     }
     return best.isEmpty() ? QString() : QStringLiteral("; did you mean '%1'?").arg(best);
+}
+
+QString possible(const QString &name, const QStringList &candidates, const QString &others)
+{
+    return QStringLiteral("; possible: ") + others + candidates.join(QStringLiteral(", ")) +
+           didYouMean(name, candidates);
 }
 
 } // namespace bench

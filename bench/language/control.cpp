@@ -40,7 +40,8 @@ void Control::take(const QByteArray &line)
         return answerGet(reader);
     if (!reader.accept("events"))
         return doStep(text);
-    if (!reader.end())
+    reader.end();
+    if (reader.failed())
         return answered(error(reader.mistake().text));
     mWantsEvents = true;
     emit answered(QStringLiteral("ok"));
@@ -49,12 +50,13 @@ void Control::take(const QByteArray &line)
 // One name may be a getter's and a value's of the car. The host comes first, where it is ours.
 void Control::answerGet(LineReader &line)
 {
-    QString name;
     const bool ofCar = line.accept("car");
-    if (!line.text("the name of a getter or of a car value", &name) || !line.end())
+    const QString name = line.text("the name of a getter or of a car value");
+    line.end();
+    if (line.failed())
         return answered(error(line.mistake().text));
     const auto isHere = [this](const Observable &found) {
-        return found.isKnown() && !(found.needs() & ~mStage.present());
+        return found.isKnown() && !(found.needs & ~mStage.present());
     };
     Observable found = Observable::find(name);
     if (ofCar || !isHere(found))
@@ -64,7 +66,7 @@ void Control::answerGet(LineReader &line)
     if (found.isKnown() || Observable::find(name).isKnown())
         return answered(error(QStringLiteral("'%1' cannot be seen here: %2 is not the bench's own")
                                   .arg(name, mStage.host ? "the box" : "the host")));
-    emit answered(error(ofCar ? unknownValue(name) : unknownGetter(name)));
+    emit answered(error(unknownName(ofCar, name)));
 }
 
 void Control::doStep(const QString &text)

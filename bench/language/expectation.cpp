@@ -2,6 +2,7 @@
 
 #include "bench/language/stage.h"
 #include "bench/language/steps.h"
+#include "bench/wire/named.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,8 +17,8 @@ struct BenchRow
 {
     const char *name;
     Value (*read)(const Stage &stage);
-    bool isText;
-    int needs;
+    Observable::Kind kind = Observable::Text;
+    int needs = NeedsBox;
 };
 
 int clipped(qint64 count)
@@ -25,34 +26,46 @@ int clipped(qint64 count)
     return static_cast<int>(std::min<qint64>(count, std::numeric_limits<int>::max()));
 }
 
-const BenchRow kBenchRows[] = {
-    {"link", [](const Stage &s) { return Value(s.host->linkCode()); }, false, NeedsHost},
-    {"cluster.source", [](const Stage &s) { return Value(s.box->car().cluster().source); }, true,
-     NeedsBox},
-    {"cluster.line1", [](const Stage &s) { return Value(s.box->car().cluster().lines[0]); }, true,
-     NeedsBox},
-    {"cluster.line2", [](const Stage &s) { return Value(s.box->car().cluster().lines[1]); }, true,
-     NeedsBox},
-    {"cluster.clock", [](const Stage &s) { return Value(s.box->car().cluster().clock); }, true,
-     NeedsBox},
+constexpr BenchRow kBenchRows[] = {
+    {"link", [](const Stage &s) { return Value(s.host->linkCode()); }, Observable::Number,
+     NeedsHost},
+    {"cluster.source", [](const Stage &s) { return Value(s.box->car().cluster().source); }},
+    {"cluster.line1", [](const Stage &s) { return Value(s.box->car().cluster().lines[0]); }},
+    {"cluster.line2", [](const Stage &s) { return Value(s.box->car().cluster().lines[1]); }},
+    {"cluster.clock", [](const Stage &s) { return Value(s.box->car().cluster().clock); }},
     // What the box has heard of the host.
     {"box.bad_receipts",
-     [](const Stage &s) { return Value(clipped(s.box->box().received().badReceipts)); }, false,
-     NeedsBox},
-    {"box.resent", [](const Stage &s) { return Value(clipped(s.box->box().resent())); }, false,
-     NeedsBox},
-    {"box.car_index", [](const Stage &s) { return Value(s.box->box().carIndex()); }, false,
-     NeedsBox},
+     [](const Stage &s) { return Value(clipped(s.box->box().received().badReceipts)); },
+     Observable::Number},
+    {"box.resent", [](const Stage &s) { return Value(clipped(s.box->box().resent())); },
+     Observable::Number},
+    {"box.car_index", [](const Stage &s) { return Value(s.box->box().carIndex()); },
+     Observable::Number},
 };
 
+// By what a comparison of two numbers gives, as compare() does.
 constexpr struct
 {
-    const char *text;
+    const char *name;
     Comparison comparison;
+    bool (*holds)(int difference);
 } kComparisons[] = {
-    {"==", Comparison::Equal},  {"!=", Comparison::NotEqual}, {"<", Comparison::Less},
-    {"<=", Comparison::AtMost}, {">", Comparison::Greater},   {">=", Comparison::AtLeast},
+    {"==", Comparison::Equal, [](int difference) { return difference == 0; }},
+    {"!=", Comparison::NotEqual, [](int difference) { return difference != 0; }},
+    {"<", Comparison::Less, [](int difference) { return difference < 0; }},
+    {"<=", Comparison::AtMost, [](int difference) { return difference <= 0; }},
+    {">", Comparison::Greater, [](int difference) { return difference > 0; }},
+    {">=", Comparison::AtLeast, [](int difference) { return difference >= 0; }},
 };
+
+static_assert(
+    [] {
+        for (std::size_t i = 0; i < std::size(kComparisons); ++i)
+            if (kComparisons[i].comparison != static_cast<Comparison>(i))
+                return false;
+        return true;
+    }(),
+    "rows are found by their number");
 
 // Less than, equal to or greater than zero, as of two numbers; zero within a float's precision.
 int compare(double actual, double expected)
@@ -65,21 +78,7 @@ int compare(double actual, double expected)
 
 bool holds(Comparison comparison, int difference)
 {
-    switch (comparison) {
-    case Comparison::Equal:
-        return difference == 0;
-    case Comparison::NotEqual:
-        return difference != 0;
-    case Comparison::Less:
-        return difference < 0;
-    case Comparison::AtMost:
-        return difference <= 0;
-    case Comparison::Greater:
-        return difference > 0;
-    case Comparison::AtLeast:
-        return difference >= 0;
-    }
-    return false;
+    return kComparisons[static_cast<int>(comparison)].holds(difference);
 }
 
 bool isOrder(Comparison comparison)
@@ -93,167 +92,99 @@ bool isNoReading(const QString &text)
     return text.isEmpty() || text == QLatin1String("none") || text == QLatin1String("--");
 }
 
-constexpr struct
-{
-    const char *word;
-    int number;
-} kSwitchWords[] = {{"on", 1}, {"true", 1}, {"open", 1}, {"off", 0}, {"false", 0}, {"closed", 0}};
+constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "open"},
+                                 {0, "off"}, {0, "false"}, {0, "closed"}};
 
 } // namespace
 
 Observable Observable::find(const QString &name)
 {
-    Observable found;
-    found.mName = name;
-    for (int i = 0; i < static_cast<int>(std::size(kBenchRows)); ++i)
-        if (name == QLatin1String(kBenchRows[i].name)) {
-            found.mSource = Bench;
-            found.mIndex = i;
-            return found;
-        }
-    found.mIndex = findGetter(name);
-    found.mSource = found.mIndex >= 0 ? Getter : None;
+    if (const BenchRow *row = findNamed(kBenchRows, name))
+        return {name, row->needs, row->kind, row->read,
+                [row](const Stage &stage) { return plainText(row->read(stage)); }};
+    const int index = findGetter(name);
+    if (index < 0)
+        return {};
+    const Getter &row = getter(index);
+    Observable found{name, NeedsHost,
+                     row.isQuantity()      ? Quantity
+                     : row.read.isText()   ? Text
+                     : row.read.isSwitch() ? Switch
+                                           : Number,
+                     [&row](const Stage &stage) { return row.read(stage.host->service()); },
+                     [&row](const Stage &stage) { return row.textOf(stage.host->service()); }};
+    for (const Word &word : row.words)
+        found.words.append({word.name, double(word.raw)});
+    if (found.kind == Switch && found.words.isEmpty())
+        found.words = {{QStringLiteral("off"), 0}, {QStringLiteral("on"), 1}};
+    found.isOrdered = false; // Neither low nor high nor none is a number of degrees.
     return found;
 }
 
 Observable Observable::ofCar(const QString &name)
 {
-    Observable found;
-    found.mName = name;
-    if (const std::optional<ValueId> id = findValue(name)) {
-        found.mSource = Car;
-        found.mIndex = static_cast<int>(*id);
-    }
+    const std::optional<ValueId> id = findValue(name);
+    if (!id)
+        return {};
+    const Field &field = fieldOf(*id);
+    const auto number = [&field](int raw) { return *field.unit ? field.value(raw) : raw; };
+    Observable found{name, NeedsBox, Number,
+                     [id, number](const Stage &stage) {
+                         return Value(static_cast<float>(number(stage.box->car().raw(*id))));
+                     },
+                     [id](const Stage &stage) { return stage.box->car().text(*id); }};
+    for (const Word &word : field.words)
+        found.words.append({word.name, number(word.raw)});
     return found;
 }
 
 QStringList Observable::names()
 {
-    QStringList names;
-    for (const BenchRow &row : kBenchRows)
-        names += QLatin1String(row.name);
+    QStringList names = namesOf(kBenchRows);
     for (int i = 0; i < getterCount(); ++i)
         names += QLatin1String(getter(i).name);
     return names;
 }
 
-int Observable::needs() const
-{
-    return mSource == Bench ? kBenchRows[mIndex].needs : mSource == Car ? NeedsBox : NeedsHost;
-}
-
-Value Observable::value(const Stage &stage) const
-{
-    switch (mSource) {
-    case Getter:
-        return getter(mIndex).read(stage.host->service());
-    case Bench:
-        return kBenchRows[mIndex].read(stage);
-    case Car: {
-        const Field &field = fieldOf(ValueId{mIndex});
-        const int raw = stage.box->car().raw(ValueId{mIndex});
-        return static_cast<float>(*field.unit ? field.value(raw) : raw);
-    }
-    case None:
-        break;
-    }
-    return QString();
-}
-
-QString Observable::text(const Stage &stage) const
-{
-    if (mSource == Car)
-        return stage.box->car().text(ValueId{mIndex});
-    return text(value(stage),
-                mSource == Getter ? getter(mIndex).unitOf(stage.host->service()) : QString());
-}
-
-QString Observable::text(const Value &value, const QString &unit) const
-{
-    return mSource == Getter ? getter(mIndex).text(value, unit) : plainText(value);
-}
-
-bool Observable::isSwitch() const { return mSource == Getter && getter(mIndex).read.isSwitch(); }
-
-bool Observable::isText() const
-{
-    return (mSource == Bench && kBenchRows[mIndex].isText) ||
-           (mSource == Getter && getter(mIndex).read.isText());
-}
-
-bool Observable::isQuantity() const { return mSource == Getter && getter(mIndex).isQuantity(); }
-
 bool Observable::numberOfWord(const QString &word, double *number) const
 {
-    if (isSwitch()) {
-        bool isNumber = false;
-        for (const auto &row : kSwitchWords)
-            if (word == QLatin1String(row.word)) {
-                *number = row.number;
-                return true;
-            }
-        *number = word.toDouble(&isNumber);
+    if (kind == Switch) {
+        const Word *row = findNamed(kSwitchWords, word);
+        bool isNumber = true;
+        *number = row ? row->raw : word.toDouble(&isNumber);
         return isNumber && (*number == 0 || *number == 1);
     }
-    for (const Word &row : ownWords())
-        if (word.compare(QLatin1String(row.text), Qt::CaseInsensitive) == 0) {
-            const Field *field = mSource == Car ? &fieldOf(ValueId{mIndex}) : nullptr;
-            *number = field && *field->unit ? field->value(row.raw) : row.raw;
-            return true;
-        }
-    return false;
-}
-
-Span<Word> Observable::ownWords() const
-{
-    return mSource == Getter ? getter(mIndex).words
-           : mSource == Car  ? fieldOf(ValueId{mIndex}).words
-                             : Span<Word>();
-}
-
-bool Observable::isWord(const Value &value) const
-{
-    const Span<Word> own = ownWords();
-    return mSource == Getter && std::any_of(own.begin(), own.end(), [&value](const Word &row) {
-               return static_cast<double>(row.raw) == numberOf(value);
-           });
-}
-
-QStringList Observable::words() const
-{
-    QStringList words;
-    for (const Word &row : ownWords())
-        words += QLatin1String(row.text);
-    if (words.isEmpty() && isSwitch())
-        words = QStringList{QStringLiteral("off"), QStringLiteral("on")};
-    return words;
+    const auto found = std::find_if(words.begin(), words.end(), [&word](const auto &row) {
+        return word.compare(row.first, Qt::CaseInsensitive) == 0;
+    });
+    if (found != words.end())
+        *number = found->second;
+    return found != words.end();
 }
 
 QString Observable::possible() const
 {
-    if (isText() && !isQuantity())
-        return QStringLiteral("a text");
-    QStringList parts = words();
-    if (isQuantity())
+    QStringList parts;
+    if (kind != Switch)
+        parts += QLatin1String(kind == Text ? "a text" : "a number");
+    for (const auto &row : words)
+        parts += row.first;
+    if (kind == Quantity)
         parts += QStringLiteral("none");
-    if (!isSwitch())
-        parts.prepend(QStringLiteral("a number"));
     return parts.join(QStringLiteral(", "));
 }
 
 QString Expectation::text() const
 {
-    const auto *row = std::find_if(std::begin(kComparisons), std::end(kComparisons),
-                                   [this](const auto &c) { return c.comparison == comparison; });
     return QStringLiteral("%1 %2 %3")
-        .arg(observable.name(), QLatin1String(row->text),
+        .arg(observable.name, kComparisons[static_cast<int>(comparison)].name,
              expected.isEmpty() ? QStringLiteral("\"\"") : expected);
 }
 
 bool Expectation::isMetBy(const Value &actual) const
 {
     const bool isDifferent = comparison == Comparison::NotEqual;
-    if (observable.isQuantity()) {
+    if (observable.kind == Observable::Quantity) {
         const std::optional<Quantity> shown = quantityIn(plainText(actual));
         const std::optional<Quantity> wanted = quantityIn(expected);
         if (!shown || !wanted)
@@ -264,10 +195,11 @@ bool Expectation::isMetBy(const Value &actual) const
     }
     if (bench::isText(actual))
         return (plainText(actual) == expected) != isDifferent;
-    // Neither low nor high nor none is a number of degrees.
-    if (isOrder(comparison) && observable.isWord(actual))
+    double number = numberOf(actual);
+    const auto &words = observable.words;
+    if (isOrder(comparison) && !observable.isOrdered &&
+        std::any_of(words.begin(), words.end(), [&](auto &row) { return row.second == number; }))
         return false;
-    double number = 0;
     if (!observable.numberOfWord(expected, &number))
         number = expected.toDouble();
     return holds(comparison, compare(numberOf(actual), number));
@@ -275,16 +207,17 @@ bool Expectation::isMetBy(const Value &actual) const
 
 QString Expectation::problem() const
 {
-    const QString name = observable.name();
-    if (observable.isText() && !observable.isQuantity())
+    const QString name = observable.name;
+    const bool isQuantity = observable.kind == Observable::Quantity;
+    if (observable.kind == Observable::Text)
         return isOrder(comparison)
                    ? QStringLiteral("%1 is a text; compare it by == or !=").arg(name)
                    : QString();
     double number = 0;
-    const bool isWord = observable.isQuantity() ? isNoReading(expected)
-                                                : observable.numberOfWord(expected, &number);
-    bool isNumber = observable.isQuantity() && quantityIn(expected).has_value();
-    if (!isNumber && !observable.isQuantity() && !observable.isSwitch()) {
+    const bool isWord =
+        isQuantity ? isNoReading(expected) : observable.numberOfWord(expected, &number);
+    bool isNumber = isQuantity && quantityIn(expected).has_value();
+    if (!isNumber && !isQuantity && !observable.kind == Observable::Switch) {
         const double given = expected.toDouble(&isNumber);
         isNumber = isNumber && std::isfinite(given);
     }
@@ -293,9 +226,9 @@ QString Expectation::problem() const
             .arg(name, expected, observable.possible());
     // Words that stand for numbers have no order of their own.
     if (isOrder(comparison) && !isNumber)
-        return observable.isSwitch()
+        return observable.kind == Observable::Switch
                    ? QStringLiteral("%1 is %2; compare it by == or !=")
-                         .arg(name, observable.words().join(QStringLiteral(" or ")))
+                         .arg(name, observable.possible().replace(", ", " or "))
                    : QStringLiteral("'%1' is a word; compare it by == or !=").arg(expected);
     return {};
 }
@@ -320,20 +253,15 @@ bool SignalExpectation::isMetBy(const QString &signal, const QVector<Value> &act
 
 QString signalText(const QString &name, const QVector<Value> &arguments)
 {
-    QStringList texts;
-    for (const Value &argument : arguments)
-        texts += plainText(argument);
-    return SignalExpectation{name, texts}.text();
+    return arguments.isEmpty() ? name : QStringLiteral("%1(%2)").arg(name, plainText(arguments));
 }
 
 bool parseComparison(const QString &text, Comparison *comparison)
 {
-    for (const auto &row : kComparisons)
-        if (text == QLatin1String(row.text)) {
-            *comparison = row.comparison;
-            return true;
-        }
-    return false;
+    const auto *row = findNamed(kComparisons, text);
+    if (row)
+        *comparison = row->comparison;
+    return row;
 }
 
 } // namespace bench

@@ -4,8 +4,11 @@
 #include "bench/headunit/value.h"
 #include "bench/wire/reports.h"
 
+#include <QPair>
 #include <QStringList>
 #include <QVector>
+
+#include <functional>
 
 namespace bench {
 
@@ -15,48 +18,31 @@ enum class Comparison { Equal, NotEqual, Less, AtMost, Greater, AtLeast };
 
 /// Something that can be looked at by name: a getter of the service, or what the bench itself sees
 /// (the link code, what the cluster shows, what the box has counted, a value of the car).
-class Observable
+struct Observable
 {
-public:
-    /// An unknown name.
-    Observable() = default;
+    /// What may be compared with it; a quantity is a text that begins with a number, as "12km/h".
+    enum Kind { Switch, Number, Text, Quantity };
+
+    QString name;
+    int needs = 0; ///< Of Party.
+    Kind kind = Text;
+    std::function<Value(const Stage &stage)> value; ///< None for an unknown name.
+    /// The value as a person reads it, with its unit.
+    std::function<QString(const Stage &stage)> text;
+    QVector<QPair<QString, double>> words = {}; ///< What stands for a number.
+    bool isOrdered = true; ///< Numbers with a word are more or less than others.
+
     /// A getter's name, or `link`, `cluster.source`, ...
     static Observable find(const QString &name);
     /// A value of the car.
     static Observable ofCar(const QString &name);
     static QStringList names();
 
-    bool isKnown() const { return mSource != None; }
-    QString name() const { return mName; }
-    int needs() const; ///< Of Party.
-
-    Value value(const Stage &stage) const;
-    /// The value as a person reads it, with its unit.
-    QString text(const Stage &stage) const;
-    /// A value as such a person reads it; \p unit may be empty.
-    QString text(const Value &value, const QString &unit) const;
-
-    /// What may be compared with it: words, a number, a text.
-    bool isSwitch() const;
-    bool isText() const;
-    /// A text that begins with a number, such as "12km/h".
-    bool isQuantity() const;
+    bool isKnown() const { return value != nullptr; }
     /// The number that a word stands for. \returns whether there is such a word.
     bool numberOfWord(const QString &word, double *number) const;
-    QStringList words() const;
-    /// A word stands for this value of a getter.
-    bool isWord(const Value &value) const;
     /// What may be compared with it, for a person.
     QString possible() const;
-
-private:
-    Span<Word> ownWords() const;
-
-    enum Source { None, Getter, Bench, Car };
-
-    Source mSource = None;
-    int mIndex = -1;
-    QString mName;
 };
 
 /// `climate.left == 22.5`: a name, and a value as a person writes it.

@@ -19,72 +19,84 @@ QString timeText(int milliseconds)
 QString frameText(quint8 dataType, const QByteArray &payload)
 {
     return QStringLiteral("frame %1 %2 %3")
-        .arg(hexByte(dataType), outboundName(dataType),
+        .arg(hexByte(dataType), frameName(false, dataType),
              QString::fromLatin1(payload.toHex(' ').toUpper()))
         .trimmed();
+}
+
+// \returns whether there was one.
+template <typename Item, typename Condition>
+bool takeFirst(QVector<Item> *items, Condition isWanted)
+{
+    const auto found = std::find_if(items->begin(), items->end(), isWanted);
+    const bool isThere = found != items->end();
+    if (isThere)
+        items->erase(found);
+    return isThere;
 }
 
 } // namespace
 
 // A value is judged when the effect of the steps before is through, not while it is on its way:
 // what was true before would pass for true.
-bool Runner::act(const steps::Expect &step)
+void Runner::act(const steps::Expect &step)
 {
     if (!std::exchange(mUnsettled, false) || mStage.isQuiet())
         return judge(step);
-    return wait(
-        kSettle, [this] { return mStage.isQuiet(); }, [this, step](bool) { return judge(step); });
+    wait(
+        kSettle, [this] { return mStage.isQuiet(); }, [this, step](bool) { judge(step); });
 }
 
-bool Runner::judge(const steps::Expect &step)
+void Runner::judge(const steps::Expect &step)
 {
     const Expectation expectation = step.expectation;
     const auto isMet = [this, expectation] {
         return expectation.isMetBy(expectation.observable.value(mStage));
     };
     const auto conclude = [this, step, expectation](bool met) {
-        if (met) {
-            ++mMet;
-            return true;
-        }
+        if (met)
+            return meet();
         const QString actual = expectation.observable.text(mStage);
-        return fail(expectation.text(), step.within,
-                    QStringLiteral("it is ") +
-                        (actual.isEmpty() ? QStringLiteral("\"\"") : actual));
+        fail(expectation.text(), step.within,
+             QStringLiteral("it is ") + (actual.isEmpty() ? QStringLiteral("\"\"") : actual));
     };
     if (step.within == 0 || isMet())
         return conclude(isMet());
-    return wait(step.within, isMet, conclude);
+    wait(step.within, isMet, conclude);
 }
 
 // Waits for something that comes, and tells what came instead.
-bool Runner::await(const char *kind, const QString &expected, bool absent, int within,
+void Runner::await(const char *kind, const QString &expected, bool absent, int within,
                    std::function<bool()> take, std::function<QStringList()> others)
 {
     const auto conclude = [this, kind, expected, absent, within, others](bool came) {
-        if (came != absent) {
-            ++mMet;
-            return true;
-        }
+        if (came != absent)
+            return meet();
         if (came)
             return fail(QStringLiteral("no ") + expected, within, QStringLiteral("it came"));
         QStringList seen = others();
         const int hidden = seen.size() - kShown;
         if (hidden > 0)
             seen = QStringList(QStringLiteral("%1 others").arg(hidden)) + seen.mid(hidden);
-        return fail(expected, within,
-                    seen.isEmpty()
-                        ? QStringLiteral("there was no %1 at all").arg(QLatin1String(kind))
-                        : QStringLiteral("there was ") + seen.join(", "));
+        fail(expected, within,
+             seen.isEmpty() ? QStringLiteral("there was no %1 at all").arg(QLatin1String(kind))
+                            : QStringLiteral("there was ") + seen.join(", "));
     };
-    return take() ? conclude(true) : wait(within, take, conclude);
+    if (take())
+        conclude(true);
+    else
+        wait(within, take, conclude);
 }
 
-bool Runner::act(const steps::ExpectSignal &step)
+void Runner::act(const steps::ExpectSignal &step)
 {
-    return await(
+    await(
         "signal", step.expectation.text(), step.absent, step.within,
-        [this, step] { return takeSignal(step.expectation); },
+        [this, step] {
+            return takeFirst(&mSignals, [&step](const Signal &signal) {
+                return step.expectation.isMetBy(signal.name, signal.arguments);
+            });
+        },
         [this] {
             QStringList others;
             for (const Signal &signal : qAsConst(mSignals))
@@ -94,11 +106,17 @@ bool Runner::act(const steps::ExpectSignal &step)
         });
 }
 
-bool Runner::act(const steps::ExpectFrame &step)
+void Runner::act(const steps::ExpectFrame &step)
 {
-    return await(
+    await(
         "frame", frameText(step.dataType, step.payload.value_or(QByteArray())), step.absent,
-        step.within, [this, step] { return takeFrame(step); },
+        step.within,
+        [this, step] {
+            return takeFirst(&mFrames, [&step](const LineItem &frame) {
+                return frame.dataType == step.dataType &&
+                       step.payload.value_or(frame.bytes) == frame.bytes;
+            });
+        },
         [this] {
             QStringList others;
             for (const LineItem &frame : qAsConst(mFrames))
@@ -107,29 +125,13 @@ bool Runner::act(const steps::ExpectFrame &step)
         });
 }
 
-bool Runner::takeFrame(const steps::ExpectFrame &step)
+void Runner::meet()
 {
-    const auto found = std::find_if(mFrames.begin(), mFrames.end(), [&step](const LineItem &frame) {
-        return frame.dataType == step.dataType && step.payload.value_or(frame.bytes) == frame.bytes;
-    });
-    if (found == mFrames.end())
-        return false;
-    mFrames.erase(found);
-    return true;
+    ++mMet;
+    emit met(mSteps.at(mNext - 1));
 }
 
-bool Runner::takeSignal(const SignalExpectation &expectation)
-{
-    const auto found = std::find_if(mSignals.begin(), mSignals.end(), [&](const Signal &signal) {
-        return expectation.isMetBy(signal.name, signal.arguments);
-    });
-    if (found == mSignals.end())
-        return false;
-    mSignals.erase(found);
-    return true;
-}
-
-bool Runner::fail(const QString &expected, int within, const QString &actual)
+void Runner::fail(const QString &expected, int within, const QString &actual)
 {
     mExpected = expected;
     mActual = actual;
@@ -137,7 +139,7 @@ bool Runner::fail(const QString &expected, int within, const QString &actual)
     if (within > 0)
         mFailure += QStringLiteral(" within %1").arg(timeText(within));
     mFailure += QStringLiteral(", but ") + actual;
-    return false;
+    finish(Unmet);
 }
 
 } // namespace bench

@@ -1,10 +1,10 @@
 #include "bench/language/names.h"
 
-#include "bench/car/virtualcar.h"
 #include "bench/headunit/session.h"
 #include "bench/language/expectation.h"
 #include "bench/language/operations.h"
 #include "bench/wire/linefaults.h"
+#include "bench/wire/named.h"
 
 #include <set>
 
@@ -20,42 +20,25 @@ QString signalOf(const bench::Getter &row)
     return {};
 }
 
-// A wire that carries one value.
-class OneValue : public Wire
-{
-public:
-    OneValue(ValueId id, int raw)
-        : mId(id)
-        , mRaw(raw)
-    {
-    }
-
-    std::optional<int> raw(ValueId id) const override
-    {
-        return id == mId ? std::optional<int>(mRaw) : std::nullopt;
-    }
-    int carModel() const override { return 1; }
-
-private:
-    const ValueId mId;
-    const int mRaw;
-};
-
 // The whole numbers that a host shows for all that the wire can say, with the getter's words:
 // "1 to 5, 7, none".
 QString numbersShown(ValueId id, const bench::Getter &row)
 {
     constexpr int kInt = 1;
+    constexpr int kModel = 0; // Of no car with rules of its own.
     if (row.read.type != kInt || !row.meaning)
         return {};
     std::set<int> numbers;
     QStringList parts, words;
-    for (int raw = 0; raw <= fieldOf(id).mask(); ++raw)
-        if (const std::optional<Value> value = row.meaning(OneValue(id, raw)))
+    for (int raw = 0; raw <= fieldOf(id).mask(); ++raw) {
+        QByteArray payload(reportOf(id).size, '\0');
+        pack(fieldOf(id), raw, false, &payload);
+        if (const auto value = row.meaning(PayloadWire(reportOf(id).type, payload, kModel)))
             numbers.insert(static_cast<int>(numberOf(*value)));
+    }
     for (const Word &word : row.words)
         if (numbers.erase(word.raw) > 0)
-            words += QLatin1String(word.text);
+            words += QLatin1String(word.name);
     for (auto at = numbers.begin(); at != numbers.end();) {
         const int first = *at;
         int last = first;
@@ -69,22 +52,14 @@ QString numbersShown(ValueId id, const bench::Getter &row)
 
 NameRow carRow(ValueId id)
 {
-    static const VirtualCar car;
     const Field &field = fieldOf(id);
-    NameRow row{NameRow::CarValue,
-                QLatin1String(field.name),
-                true,
-                false,
-                valueRange(field),
-                {},
-                car.text(id),
-                QString::fromUtf8(field.unit),
-                &reportOf(id),
-                {}};
+    NameRow row{
+        NameRow::CarValue, field.name,   valueRange(field), {}, valueText(field, field.initial),
+        field.unit,        &reportOf(id)};
     const int index = findGetter(row.name);
+    row.isExpected = index >= 0;
     if (index < 0)
         return row;
-    row.isExpected = true;
     row.signal = signalOf(getter(index));
     row.shown = numbersShown(id, getter(index));
     if (row.shown == row.values)
@@ -96,7 +71,7 @@ NameRow observedRow(const QString &name)
 {
     const Observable observable = Observable::find(name);
     const int index = findGetter(name);
-    NameRow row{NameRow::OfBench, name, false, true, observable.possible(), {}, {}, {}, {}, {}};
+    NameRow row{NameRow::OfBench, name, observable.possible()};
     if (index < 0)
         return row;
     row.kind = getter(index).alias ? NameRow::OldName : NameRow::Getter;
@@ -113,23 +88,9 @@ QStringList keyCodes()
     return codes;
 }
 
-QStringList carValueNames()
-{
-    QStringList names;
-    for (int index = 0; index < kValueCount; ++index)
-        names += QLatin1String(fieldOf(ValueId{index}).name);
-    return names;
-}
-
 QStringList faultWords() { return QStringList("all") + faultNames(); }
 
-QStringList frameTypes()
-{
-    QStringList names;
-    for (const Report &report : kReports)
-        names += QLatin1String(report.name);
-    return names;
-}
+QStringList frameTypes() { return namesOf(kReports); }
 
 // Those that differ from the others on the wire.
 QStringList specialModels()
@@ -143,10 +104,10 @@ QStringList specialModels()
 
 const struct
 {
-    const char *what;
+    const char *name;
     QStringList (*words)();
 } kWords[] = {
-    {"set", carValueNames},   {"expect", Observable::names}, {"signal", eventNames},
+    {"set", valueNames},      {"expect", Observable::names}, {"signal", eventNames},
     {"call", operationNames}, {"faults", faultWords},        {"press", keyCodes},
     {"only", frameTypes},     {"model", specialModels},      {"of", wordedOptions},
 };
@@ -154,12 +115,10 @@ const struct
 // Of one value of the car; for a number, what it is at first.
 QStringList valueWords(ValueId id)
 {
-    static const VirtualCar car;
-    QStringList words;
-    for (const Word &word : fieldOf(id).words)
-        words += QLatin1String(word.text);
-    if (fieldOf(id).low <= fieldOf(id).high)
-        words += numberText(fieldOf(id).value(car.raw(id)));
+    const Field &field = fieldOf(id);
+    QStringList words = namesOf(field.words);
+    if (field.low <= field.high)
+        words += numberText(field.value(field.initial));
     return words;
 }
 
@@ -180,35 +139,19 @@ QVector<NameRow> nameRows()
                 rows += row;
     for (const QString &name : eventNames()) {
         const QString arguments = eventArguments(name).join(", ");
-        rows.append({NameRow::Signal,
-                     name,
-                     false,
-                     true,
-                     arguments.isEmpty() ? "no arguments" : arguments,
-                     {},
-                     {},
-                     {},
-                     nullptr,
-                     {}});
+        rows.append({NameRow::Signal, name, arguments.isEmpty() ? "no arguments" : arguments});
     }
     return rows;
 }
 
 QStringList wordsFor(const QString &what)
 {
-    for (const auto &row : kWords)
-        if (what == QLatin1String(row.what))
-            return row.words();
+    if (const auto *row = findNamed(kWords, what))
+        return row->words();
     const std::optional<ValueId> id = findValue(what);
     return id ? valueWords(*id) : QStringList();
 }
 
-QStringList wordedOptions()
-{
-    QStringList names;
-    for (const auto &row : kWords)
-        names += QLatin1String(row.what);
-    return names;
-}
+QStringList wordedOptions() { return namesOf(kWords); }
 
 } // namespace bench

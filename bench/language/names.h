@@ -15,14 +15,15 @@ struct NameRow
 
     Kind kind;
     QString name;
-    bool isSet;      ///< `set`, `ramp` and the like take it.
-    bool isExpected; ///< `expect` takes it.
-    QString values;  ///< Words, a range with its unit, or a kind such as "a number".
-    QString shown;   ///< What a host shows for it, where that is something else.
-    QString initial; ///< In a new virtual car.
-    QString unit;
-    const Report *report; ///< That carries it; null for none.
-    QString signal;       ///< That announces a change; empty for none.
+    QString values;       ///< Words, a range with its unit, or a kind such as "a number".
+    QString shown = {};   ///< What a host shows for it, where that is something else.
+    QString initial = {}; ///< In a new virtual car.
+    QString unit = {};
+    const Report *report = nullptr; ///< That carries it; null for none.
+    QString signal = {};            ///< That announces a change; empty for none.
+    bool isExpected = true;         ///< `expect` takes it.
+
+    bool isSet() const { return kind == CarValue; } ///< `set`, `ramp` and the like take it.
 };
 
 /// Values of the car in the order of the wire, getters that no frame changes, what the bench itself

@@ -1,6 +1,7 @@
 #include "bench/language/operations.h"
 
 #include "bench/language/closestname.h"
+#include "bench/wire/named.h"
 
 #include <canservicebase.h>
 
@@ -13,40 +14,34 @@ namespace bench {
 
 namespace {
 
-struct NamedNumber
-{
-    const char *text;
-    int number;
-};
-
 // The climate keys, by what they do in the virtual car.
-constexpr NamedNumber kClimateKeys[] = {
-    {"power", 0},
-    {"ac", 2},
-    {"auto", 3},
-    {"rear_defrost", 4},
-    {"front_defrost", 5},
-    {"inside_air", 6},
-    {"max", 8},
-    {"dual", 9},
-    {"right_seat_heat", 10},
-    {"right_seat_air", 11},
-    {"fan_up", 15},
-    {"fan_down", 16},
-    {"left_warmer", 19},
-    {"left_cooler", 20},
-    {"right_warmer", 21},
-    {"right_cooler", 22},
-    {"left_seat_heat", 25},
-    {"left_seat_air", 26},
-    {"wheel_heat", 29},
-    {"blowing_mode", 31},
-    {"rear", 34},
+constexpr Word kClimateKeys[] = {
+    {0, "power"},
+    {2, "ac"},
+    {3, "auto"},
+    {4, "rear_defrost"},
+    {5, "front_defrost"},
+    {6, "inside_air"},
+    {8, "max"},
+    {9, "dual"},
+    {10, "right_seat_heat"},
+    {11, "right_seat_air"},
+    {15, "fan_up"},
+    {16, "fan_down"},
+    {19, "left_warmer"},
+    {20, "left_cooler"},
+    {21, "right_warmer"},
+    {22, "right_cooler"},
+    {25, "left_seat_heat"},
+    {26, "left_seat_air"},
+    {29, "wheel_heat"},
+    {31, "blowing_mode"},
+    {34, "rear"},
 };
 constexpr int kAmbientColour = 5;
 constexpr int kAmbientColours = 8;
-constexpr NamedNumber kCarSettings[] = {{"ambient_level", 4}, {"ambient_colour", kAmbientColour}};
-constexpr NamedNumber kUnits[] = {{"temperature", 3}, {"pressure", 5}};
+constexpr Word kCarSettings[] = {{4, "ambient_level"}, {kAmbientColour, "ambient_colour"}};
+constexpr Word kUnits[] = {{3, "temperature"}, {5, "pressure"}};
 
 constexpr struct
 {
@@ -104,195 +99,140 @@ constexpr struct
 };
 
 // A word of the table, or any number.
-template <std::size_t Count>
-bool readWord(LineReader &line, const char *what, const NamedNumber (&words)[Count], int *result)
+int readWord(LineReader &line, const char *what, Span<Word> words)
 {
-    QString text;
-    if (!line.text(what, &text))
-        return false;
-    QStringList names;
-    for (const NamedNumber &word : words) {
-        if (text == QLatin1String(word.text)) {
-            *result = word.number;
-            return true;
-        }
-        names += QLatin1String(word.text);
-    }
+    const QString text = line.text(what);
+    if (const Word *word = findNamed(words, text))
+        return word->raw;
     bool isNumber = false;
-    *result = text.toInt(&isNumber);
-    return isNumber || line.fail(QStringLiteral("'%1' is not %2; possible: a number, %3%4")
-                                     .arg(text, QLatin1String(what), names.join(", "),
-                                          didYouMean(text, names)));
+    const int number = text.toInt(&isNumber);
+    if (!isNumber)
+        line.fail(QStringLiteral("'%1' is not %2").arg(text, what) +
+                  possible(text, namesOf(words), QStringLiteral("a number, ")));
+    return number;
 }
 
-bool readOptionalNumber(LineReader &line, int *result)
+int readOptionalNumber(LineReader &line) { return line.atEnd() ? 0 : line.wholeNumber("a value"); }
+
+HostCall readClimateKey(LineReader &line)
 {
-    return line.atEnd() || line.wholeNumber("a value", result);
+    const int key = readWord(line, "a climate key", kClimateKeys);
+    const int value = readOptionalNumber(line);
+    return [=](CanServiceBase &service) { service.sendAcKey(key, value); };
 }
 
-bool readClimateKey(LineReader &line, HostCall *call)
+HostCall readCarSetting(LineReader &line)
 {
-    int key = 0, value = 0;
-    if (!readWord(line, "a climate key", kClimateKeys, &key) || !readOptionalNumber(line, &value))
-        return false;
-    *call = [=](CanServiceBase &service) { service.sendAcKey(key, value); };
-    return true;
-}
-
-bool readCarSetting(LineReader &line, HostCall *call)
-{
-    int key = 0, value = 0;
-    if (!readWord(line, "a car setting", kCarSettings, &key))
-        return false;
-    if (key == kAmbientColour && line.accept("next")) {
-        *call = [](CanServiceBase &service) {
+    const int key = readWord(line, "a car setting", kCarSettings);
+    if (key == kAmbientColour && line.accept("next"))
+        return [](CanServiceBase &service) {
             const int colour = service.getCarSettingData().ambient.colour;
             service.sendCarSettingKey(kAmbientColour, (colour + 1) % kAmbientColours);
         };
-        return true;
-    }
-    if (!line.wholeNumber("a value", &value))
-        return false;
-    *call = [=](CanServiceBase &service) { service.sendCarSettingKey(key, value); };
-    return true;
+    const int value = line.wholeNumber("a value");
+    return [=](CanServiceBase &service) { service.sendCarSettingKey(key, value); };
 }
 
-bool readUnit(LineReader &line, HostCall *call)
+HostCall readUnit(LineReader &line)
 {
-    int unit = 0;
-    if (!readWord(line, "a unit setting", kUnits, &unit))
-        return false;
-    *call = [=](CanServiceBase &service) { service.setUnitCmd(unit); };
-    return true;
+    const int unit = readWord(line, "a unit setting", kUnits);
+    return [=](CanServiceBase &service) { service.setUnitCmd(unit); };
 }
 
-bool readSource(LineReader &line, HostCall *call)
+HostCall readSource(LineReader &line)
 {
-    int type = 0;
-    QString name, text;
+    const QString name = line.text("the name of a source");
+    const int type = line.wholeNumber("a type of source");
     QStringList info;
-    if (!line.text("the name of a source", &name) || !line.wholeNumber("a type of source", &type))
-        return false;
-    while (!line.atEnd()) {
-        if (!line.text("a text of the source", &text))
-            return false;
-        info += text;
-    }
-    *call = [=](CanServiceBase &service) { service.onRadioSourceInformation(name, info, type); };
-    return true;
+    while (line.goesOn())
+        info += line.text("a text of the source");
+    return [=](CanServiceBase &service) { service.onRadioSourceInformation(name, info, type); };
 }
 
-bool readClock(LineReader &line, HostCall *call)
+HostCall readClock(LineReader &line)
 {
-    QString text, timeOfDay;
-    if (!line.text("a date, as in 2025-06-15", &text))
-        return false;
+    const QString text = line.text("a date, as in 2025-06-15");
     const QDate date = QDate::fromString(text, QStringLiteral("yyyy-MM-dd"));
     if (!date.isValid() || date.year() < 2000 || date.year() > 2255)
-        return line.fail(
+        line.fail(
             QStringLiteral("'%1' is not a date from 2000 to 2255, as in 2025-06-15").arg(text));
-    if (!line.text("a time of day, as in 09:30", &timeOfDay))
-        return false;
+    const QString timeOfDay = line.text("a time of day, as in 09:30");
     const QTime time = QTime::fromString(timeOfDay, QStringLiteral("HH:mm"));
     if (!time.isValid())
-        return line.fail(QStringLiteral("'%1' is not a time of day, as in 09:30").arg(timeOfDay));
-    *call = [=](CanServiceBase &service) {
+        line.fail(QStringLiteral("'%1' is not a time of day, as in 09:30").arg(timeOfDay));
+    return [=](CanServiceBase &service) {
         // The fields in the order in which this bench's cluster shows them.
         const auto byte = [](int value) { return static_cast<unsigned char>(value); };
         GPSTime now{byte(time.minute()), byte(time.hour()), byte(date.day()), byte(date.month()),
                     static_cast<unsigned short>(date.year())};
         service.GPSTimeSend(now);
     };
-    return true;
 }
 
+// Null for a mistake.
 template <typename Rows>
-const auto *readRow(LineReader &line, const char *what, const Rows &rows)
+auto readRow(LineReader &line, const char *what, const Rows &rows) -> decltype(std::begin(rows))
 {
-    QString name;
-    QStringList names;
-    if (!line.text(what, &name))
-        return static_cast<decltype(std::begin(rows))>(nullptr);
-    for (const auto &row : rows) {
-        names += QLatin1String(row.name);
-        if (name == names.last())
-            return &row;
-    }
-    line.fail(QStringLiteral("'%1' is not %2; possible: %3%4")
-                  .arg(name, QLatin1String(what), names.join(", "), didYouMean(name, names)));
-    return static_cast<decltype(std::begin(rows))>(nullptr);
+    const QString name = line.text(what);
+    const auto row = findNamed(rows, name);
+    if (!row)
+        line.fail(QStringLiteral("'%1' is not %2").arg(name, what) + possible(name, namesOf(rows)));
+    return row;
 }
 
-bool readRequest(LineReader &line, HostCall *call)
+HostCall readRequest(LineReader &line)
 {
     const auto *row = readRow(line, "the name of a report", kReports);
-    if (row)
-        *call = [request = row->request](CanServiceBase &service) { (service.*request)(); };
-    return row;
+    return [row](CanServiceBase &service) { (service.*row->request)(); };
 }
 
-bool readRead(LineReader &line, HostCall *call)
+HostCall readRead(LineReader &line)
 {
     const auto *row = readRow(line, "the name of a record", kRecords);
-    if (row)
-        *call = row->read;
-    return row;
+    return row ? row->read : HostCall();
 }
 
-bool readAnyData(LineReader &line, HostCall *call)
+HostCall readAnyData(LineReader &line)
 {
-    QByteArray bytes;
-    if (!line.bytes("a byte", &bytes))
-        return false;
-    *call = [bytes](CanServiceBase &service) {
+    return [bytes = line.bytes("a byte")](CanServiceBase &service) {
         QByteArray data = bytes;
         service.sendAnyData(data);
     };
-    return true;
 }
 
 // One or two whole numbers, of which the second may be left out.
 template <auto Operation>
-bool readNumber(LineReader &line, HostCall *call)
+HostCall readNumber(LineReader &line)
 {
-    int number = 0;
-    if (!line.wholeNumber("a value", &number))
-        return false;
-    *call = [number](CanServiceBase &service) { (service.*Operation)(number); };
-    return true;
+    const int number = line.wholeNumber("a value");
+    return [number](CanServiceBase &service) { (service.*Operation)(number); };
 }
 
 template <auto Operation>
-bool readPair(LineReader &line, HostCall *call)
+HostCall readPair(LineReader &line)
 {
-    int number = 0, value = 0;
-    if (!line.wholeNumber("a number", &number) || !readOptionalNumber(line, &value))
-        return false;
-    *call = [=](CanServiceBase &service) { (service.*Operation)(number, value); };
-    return true;
+    const int number = line.wholeNumber("a number");
+    const int value = readOptionalNumber(line);
+    return [=](CanServiceBase &service) { (service.*Operation)(number, value); };
 }
 
-bool readCameraKey(LineReader &line, HostCall *call)
+HostCall readCameraKey(LineReader &line)
 {
-    int key = 0;
-    if (!line.wholeNumber("a key", &key))
-        return false;
-    *call = [key](CanServiceBase &service) { service.sendCameraKey(key, {}); };
-    return true;
+    const int key = line.wholeNumber("a key");
+    return [key](CanServiceBase &service) { service.sendCameraKey(key, {}); };
 }
 
 template <auto Operation>
-bool readNothing(LineReader &, HostCall *call)
+HostCall readNothing(LineReader &)
 {
-    *call = callIt<Operation>;
-    return true;
+    return callIt<Operation>;
 }
 
 constexpr struct
 {
     const char *name;
     const char *arguments;
-    bool (*read)(LineReader &line, HostCall *call);
+    HostCall (*read)(LineReader &line);
 } kOperations[] = {
     {"climate_key", "KEY [VALUE]", readClimateKey},
     {"car_setting", "SETTING VALUE|next", readCarSetting},
@@ -312,28 +252,20 @@ constexpr struct
 
 } // namespace
 
-bool readHostCall(LineReader &line, HostCall *call)
+HostCall readHostCall(LineReader &line)
 {
     const auto *operation = readRow(line, "a host operation", kOperations);
-    return operation && operation->read(line, call);
+    return operation ? operation->read(line) : HostCall();
 }
 
-QStringList operationNames()
-{
-    QStringList names;
-    for (const auto &operation : kOperations)
-        names += QLatin1String(operation.name);
-    return names;
-}
+QStringList operationNames() { return namesOf(kOperations); }
 
 QString hostCallSyntax()
 {
     QString text;
     for (const auto &operation : kOperations)
-        text += QStringLiteral("call %1 %2")
-                    .arg(QLatin1String(operation.name), QLatin1String(operation.arguments))
-                    .trimmed() +
-                '\n';
+        text +=
+            QStringLiteral("call %1 %2").arg(operation.name, operation.arguments).trimmed() + '\n';
     return text;
 }
 

@@ -12,7 +12,7 @@ namespace bench {
 using HostCall = std::function<void(CanServiceBase &)>;
 
 /// Reads the name of an operation and its arguments. What is wrong is told to \p line.
-bool readHostCall(LineReader &line, HostCall *call);
+HostCall readHostCall(LineReader &line);
 
 QStringList operationNames();
 

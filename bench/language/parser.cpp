@@ -12,35 +12,36 @@ QString fileOf(const ParseContext &context)
     return context.files.size() > 1 ? context.files.last() : QString();
 }
 
+// \returns what is wrong, without its file.
+Mistake readTokens(const QVector<Token> &tokens, int number, const QString &shown,
+                   ParseContext &context)
+{
+    QVector<Step> &steps = context.scenario->steps;
+    LineReader line(tokens, number);
+    const int firstStep = steps.size();
+    readStep(line, context);
+    for (int i = firstStep; i < steps.size(); ++i)
+        if (steps.at(i).line == 0) { // Else it is repeated or included, and has its own.
+            steps[i].line = number;
+            steps[i].text = shown;
+            steps[i].column = tokens.first().column;
+            steps[i].file = fileOf(context);
+        }
+    return line.mistake();
+}
+
 } // namespace
 
 void parseLine(const QString &text, int number, ParseContext &context)
 {
-    Scenario &scenario = *context.scenario;
     Mistake mistake{number, 0, {}};
     const QVector<Token> tokens = cutLine(text, &mistake);
+    if (mistake.text.isEmpty() && !tokens.isEmpty())
+        mistake =
+            readTokens(tokens, number, text.left(tokens.last().endColumn - 1).trimmed(), context);
     mistake.file = fileOf(context);
     if (!mistake.text.isEmpty())
-        return scenario.mistakes.append(mistake);
-    if (tokens.isEmpty())
-        return;
-    const int firstStep = scenario.steps.size();
-    LineReader line(tokens, number);
-    if (!readStep(line, context)) {
-        mistake = line.mistake();
-        mistake.file = fileOf(context);
-        scenario.mistakes.append(mistake);
-    }
-    const QString shown = text.left(tokens.last().endColumn - 1).trimmed();
-    for (int i = firstStep; i < scenario.steps.size(); ++i) {
-        Step &step = scenario.steps[i];
-        if (step.line > 0) // Repeated or included: it has its own.
-            continue;
-        step.file = fileOf(context);
-        step.line = number;
-        step.text = shown;
-        step.column = tokens.first().column;
-    }
+        context.scenario->mistakes.append(mistake);
 }
 
 QString parseWords(const QStringList &words, ParseContext &context)
@@ -48,13 +49,7 @@ QString parseWords(const QStringList &words, ParseContext &context)
     QVector<Token> tokens;
     for (const QString &word : words)
         tokens.append({word, 1, 1, false});
-    LineReader line(tokens, 1);
-    const int firstStep = context.scenario->steps.size();
-    if (!readStep(line, context))
-        return line.mistake().text;
-    for (int i = firstStep; i < context.scenario->steps.size(); ++i)
-        context.scenario->steps[i].text = words.join(QLatin1Char(' '));
-    return {};
+    return readTokens(tokens, 0, words.join(QLatin1Char(' ')), context).text;
 }
 
 bool readUtf8(const QByteArray &bytes, QString *text)
@@ -90,6 +85,23 @@ Scenario parseScenario(const QByteArray &text, const QString &file, IncludeReade
         scenario.mistakes.append(
             {open.line, open.column, QStringLiteral("this repeat has no 'end'")});
     return scenario;
+}
+
+QVector<Mistake> findObstacles(const QVector<Step> &steps, int present)
+{
+    QVector<Mistake> mistakes;
+    const auto complain = [&mistakes](const Step &step, const char *why) {
+        if (mistakes.isEmpty() || mistakes.last().line != step.line)
+            mistakes.append({step.line, step.column,
+                             QStringLiteral("'%1' %2").arg(step.text, QLatin1String(why))});
+    };
+    for (const Step &step : steps) {
+        if (step.needs & NeedsHost & ~present)
+            complain(step, "needs the bench's own host, which is not here");
+        else if (step.needs & NeedsBox & ~present)
+            complain(step, "needs the virtual box, and this box is a real one");
+    }
+    return mistakes;
 }
 
 } // namespace bench

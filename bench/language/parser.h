@@ -29,8 +29,7 @@ struct ParseContext
     QStringList files = {};               ///< That are being read, the innermost last.
     int includes = 0;                     ///< So far.
 
-    /// \returns true.
-    bool add(const Action &action);
+    void add(const Action &action);
 };
 
 /// Reads UTF-8 text, a step a line. What it includes is found from where \p file is.
@@ -44,30 +43,30 @@ void parseLine(const QString &text, int number, ParseContext &context);
 /// \returns an empty text, or the mistake.
 QString parseWords(const QStringList &words, ParseContext &context);
 
-/// Reads the one step of a line, which may become several. \returns whether it could; if not,
-/// \p line has the mistake.
-bool readStep(LineReader &line, ParseContext &context);
+/// Reads the one step of a line, which may become several, or none if there is a mistake.
+void readStep(LineReader &line, ParseContext &context);
 
 // Each reads what follows the step's word.
-bool readFrame(LineReader &line, ParseContext &context);
-bool readBytes(LineReader &line, ParseContext &context);
-bool readSilence(LineReader &line, ParseContext &context);
-bool readSpeak(LineReader &line, ParseContext &context);
-bool readUnplug(LineReader &line, ParseContext &context);
-bool readPlug(LineReader &line, ParseContext &context);
-bool readFault(LineReader &line, ParseContext &context);
-bool readExpect(LineReader &line, ParseContext &context);
-bool readRepeat(LineReader &line, ParseContext &context);
-bool readEnd(LineReader &line, ParseContext &context);
-bool readInclude(LineReader &line, ParseContext &context);
+void readFrame(LineReader &line, ParseContext &context);
+void readBytes(LineReader &line, ParseContext &context);
+void readSilence(LineReader &line, ParseContext &context);
+void readSpeak(LineReader &line, ParseContext &context);
+void readUnplug(LineReader &line, ParseContext &context);
+void readPlug(LineReader &line, ParseContext &context);
+void readFault(LineReader &line, ParseContext &context);
+void readExpect(LineReader &line, ParseContext &context);
+void readRepeat(LineReader &line, ParseContext &context);
+void readEnd(LineReader &line, ParseContext &context);
+void readInclude(LineReader &line, ParseContext &context);
+
+/// A mistake for each line of the steps that needs somebody who is not \p present, of Party.
+QVector<Mistake> findObstacles(const QVector<Step> &steps, int present);
 
 /// Reads UTF-8 text. \returns whether it is such, without a NUL.
 bool readUtf8(const QByteArray &bytes, QString *text);
 
-/// What to say of a name that no value of the car has.
-QString unknownValue(const QString &name);
-/// The same for a getter.
-QString unknownGetter(const QString &name);
+/// What to say of a name that no getter has, or no value of the car.
+QString unknownName(bool ofCar, const QString &name);
 
 /// The forms of the steps, a line each.
 QString scenarioSyntax();

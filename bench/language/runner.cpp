@@ -53,6 +53,7 @@ void Runner::run(const QVector<Step> &steps)
 {
     mSteps = steps;
     mNext = 0;
+    mLine = 0; // Whatever acts first is another step than the latest.
     mRunning = true;
     mPending.reset();
     mPoll.start(0); // The first step is done from the event loop, too.
@@ -91,7 +92,7 @@ void Runner::advance()
         const Step step = mSteps.at(mNext++);
         // Several settings of one line are one step.
         if (!onlyLooks(step.action)) {
-            if (step.line != mLine || step.line == 0) {
+            if (step.line != mLine) {
                 mSignals.clear();
                 mFrames.clear();
             }
@@ -99,14 +100,7 @@ void Runner::advance()
         }
         mLine = step.line;
         mFile = step.file;
-        const int metBefore = mMet;
-        const bool goOn = std::visit([this](const auto &kind) { return act(kind); }, step.action);
-        if (!mRunning)
-            return;
-        if (!goOn)
-            return finish(std::holds_alternative<steps::Box>(step.action) ? Broken : Unmet);
-        if (mMet > metBefore)
-            emit met(step);
+        std::visit([this](const auto &kind) { act(kind); }, step.action);
     }
 }
 
@@ -121,96 +115,52 @@ void Runner::look()
             return;
         // What comes after may wait for something else.
         const Pending pending = *std::exchange(mPending, std::nullopt);
-        const int metBefore = mMet;
-        if (pending.after && !pending.after(isMet))
-            return finish(Unmet);
-        if (mMet > metBefore)
-            emit met(mSteps.at(mNext - 1));
+        if (pending.after)
+            pending.after(isMet);
     }
     advance();
 }
 
-// \returns true: the steps go on, later.
-bool Runner::wait(int milliseconds, std::function<bool()> until, std::function<bool(bool)> after,
+// The steps go on, later.
+void Runner::wait(int milliseconds, std::function<bool()> until, std::function<void(bool)> after,
                   std::function<void()> tick)
 {
     mPending = Pending{now() + milliseconds, std::move(until), std::move(tick), std::move(after)};
-    return true;
 }
 
-bool Runner::act(const steps::Say &step)
-{
-    emit said(step.text);
-    return true;
-}
+void Runner::act(const steps::Do &step) { step.action(mStage); }
 
-bool Runner::act(const steps::Ask &step)
+void Runner::act(const steps::Say &step) { emit said(step.text); }
+
+void Runner::act(const steps::Ask &step)
 {
     mAnswered = false;
     emit asked(step.text);
-    return wait(std::numeric_limits<int>::max(), [this] { return mAnswered; });
+    wait(std::numeric_limits<int>::max(), [this] { return mAnswered; });
 }
 
-bool Runner::act(const steps::Start &)
-{
-    if (!mStage.host->isStarted()) // Somebody else may have been faster.
-        mStage.host->start();
-    return true;
-}
-
-bool Runner::act(const steps::Stop &)
+void Runner::act(const steps::Stop &)
 {
     if (mStage.host->isStarted())
         mStage.host->halt();
-    return wait(50); // The box hears of it.
+    wait(50); // The box hears of it.
 }
 
-bool Runner::act(const steps::Wait &step)
+void Runner::act(const steps::Wait &step)
 {
-    return wait(step.real ? step.milliseconds : scaled(step.milliseconds));
+    wait(step.real ? step.milliseconds : scaled(step.milliseconds));
 }
 
-bool Runner::act(const steps::Set &step)
-{
-    mStage.box->car().setRaw(step.id, step.raw);
-    return true;
-}
+void Runner::act(const steps::Set &step) { mStage.box->car().setRaw(step.id, step.raw); }
 
-bool Runner::act(const steps::Change &step)
-{
-    const Field &field = fieldOf(step.id);
-    const int raw = mStage.box->car().raw(step.id);
-    const bool isNumber = raw >= field.low && raw <= field.high;
-    // From a word, the way leads in from the other end; beyond an end, to the word.
-    int target = isNumber ? raw + step.by : step.by > 0 ? field.low : field.high;
-    if (target > field.high && isNumber && field.words.count > 0)
-        target = field.words[0].raw;
-    else
-        target = std::clamp(target, field.low, field.high);
-    mStage.box->car().setRaw(step.id, target);
-    return true;
-}
-
-bool Runner::act(const steps::Toggle &step)
-{
-    const Span<Word> words = fieldOf(step.id).words;
-    const int raw = mStage.box->car().raw(step.id);
-    int next = 0;
-    for (int i = 0; i < words.count; ++i)
-        if (words[i].raw == raw)
-            next = (i + 1) % words.count;
-    mStage.box->car().setRaw(step.id, words[next].raw);
-    return true;
-}
-
-bool Runner::act(const steps::Ramp &step)
+void Runner::act(const steps::Ramp &step)
 {
     const int duration = std::max(1, scaled(step.milliseconds));
     QVector<int> from;
     for (const steps::Ramp::Lane &lane : step.lanes)
         from += lane.from.value_or(mStage.box->car().raw(lane.id));
     const qint64 begin = now();
-    return wait(duration, {}, {}, [this, step, from, begin, duration] {
+    wait(duration, {}, {}, [this, step, from, begin, duration] {
         const double share = std::min(1.0, static_cast<double>(now() - begin) / duration);
         for (int i = 0; i < step.lanes.size(); ++i) {
             const int way = step.lanes.at(i).to - from.at(i);
@@ -220,85 +170,35 @@ bool Runner::act(const steps::Ramp &step)
     });
 }
 
-bool Runner::act(const steps::Press &step)
+void Runner::act(const steps::Press &step)
 {
     mStage.box->car().pressKey(step.key);
-    return wait(step.milliseconds, {}, [this](bool) {
-        mStage.box->car().releaseKey();
-        return true;
-    });
+    wait(step.milliseconds, {}, [this](bool) { mStage.box->car().releaseKey(); });
 }
 
-bool Runner::act(const steps::Hold &step)
-{
-    mStage.box->car().pressKey(step.key);
-    return true;
-}
+void Runner::act(const steps::Hold &step) { mStage.box->car().pressKey(step.key); }
 
-bool Runner::act(const steps::Release &)
-{
-    mStage.box->car().releaseKey();
-    return true;
-}
+void Runner::act(const steps::Release &) { mStage.box->car().releaseKey(); }
 
-bool Runner::act(const steps::Call &step)
+void Runner::act(steps::Box state)
 {
-    step.operation(mStage.host->service());
-    return true;
-}
-
-bool Runner::act(steps::Box state)
-{
-    switch (state) {
-    case steps::Box::Silent:
-    case steps::Box::Speaking:
-        mStage.box->box().setSilent(state == steps::Box::Silent);
-        break;
-    case steps::Box::Unplugged:
+    if (state == steps::Box::Unplugged)
         mStage.box->unplug();
-        break;
-    case steps::Box::Plugged:
-        if (!mStage.box->plug()) {
-            mFailure = QStringLiteral("the box cannot be plugged in: %1")
-                           .arg(mStage.box->terminal().errorString());
-            return false;
-        }
-        break;
-    }
-    return true;
+    if (state == steps::Box::Unplugged || mStage.box->plug())
+        return;
+    mFailure = QStringLiteral("the box cannot be plugged in: %1")
+                   .arg(mStage.box->terminal().errorString());
+    finish(Broken);
 }
 
-bool Runner::act(const steps::Frame &step)
-{
-    mStage.box->box().sendFrame(step.type, step.payload);
-    return true;
-}
+void Runner::act(const steps::Frame &step) { mStage.box->box().sendFrame(step.type, step.payload); }
 
-bool Runner::act(const steps::Bytes &step)
-{
-    mStage.box->box().sendRaw(step.bytes);
-    return true;
-}
-
-bool Runner::act(const steps::InjectFault &step)
-{
-    mStage.box->faults().inject(step.fault);
-    return true;
-}
-
-bool Runner::act(const steps::FaultRates &step)
+void Runner::act(const steps::FaultRates &step)
 {
     FaultPlan plan = mStage.box->faults().plan();
     for (const auto &row : step.rates)
         plan.rate(row.first) = row.second;
     mStage.box->faults().setPlan(plan);
-    return true;
-}
-
-bool Runner::act(const steps::NoFaults &)
-{
-    mStage.box->faults().setPlan({});
-    return true;
 }
 
 int Runner::scaled(int milliseconds) const

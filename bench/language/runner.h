@@ -57,45 +57,38 @@ private:
     {
         qint64 deadline = 0; ///< ms.
         std::function<bool()> until;
-        std::function<void()> tick;          ///< Each time that it is looked at.
-        std::function<bool(bool met)> after; ///< \returns whether the steps go on.
+        std::function<void()> tick; ///< Each time that it is looked at.
+        std::function<void(bool met)> after;
     };
 
-    // One for each kind of step. Each returns whether the steps go on.
-    bool act(const steps::Say &step);
-    bool act(const steps::Ask &step);
-    bool act(const steps::Start &);
-    bool act(const steps::Stop &);
-    bool act(const steps::Wait &step);
-    bool act(const steps::Set &step);
-    bool act(const steps::Change &step);
-    bool act(const steps::Toggle &step);
-    bool act(const steps::Ramp &step);
-    bool act(const steps::Press &step);
-    bool act(const steps::Hold &step);
-    bool act(const steps::Release &);
-    bool act(const steps::Call &step);
-    bool act(steps::Box state);
-    bool act(const steps::Frame &step);
-    bool act(const steps::Bytes &step);
-    bool act(const steps::InjectFault &step);
-    bool act(const steps::FaultRates &step);
-    bool act(const steps::NoFaults &);
-    bool act(const steps::Expect &step);
-    bool act(const steps::ExpectSignal &step);
-    bool act(const steps::ExpectFrame &step);
+    // One for each kind of step.
+    void act(const steps::Do &step);
+    void act(const steps::Say &step);
+    void act(const steps::Ask &step);
+    void act(const steps::Stop &);
+    void act(const steps::Wait &step);
+    void act(const steps::Set &step);
+    void act(const steps::Ramp &step);
+    void act(const steps::Press &step);
+    void act(const steps::Hold &step);
+    void act(const steps::Release &);
+    void act(steps::Box state);
+    void act(const steps::Frame &step);
+    void act(const steps::FaultRates &step);
+    void act(const steps::Expect &step);
+    void act(const steps::ExpectSignal &step);
+    void act(const steps::ExpectFrame &step);
 
     void advance();
     void look();
     void finish(Result result);
-    bool wait(int milliseconds, std::function<bool()> until = {},
-              std::function<bool(bool)> after = {}, std::function<void()> tick = {});
-    bool judge(const steps::Expect &step);
-    bool await(const char *kind, const QString &expected, bool absent, int within,
+    void wait(int milliseconds, std::function<bool()> until = {},
+              std::function<void(bool)> after = {}, std::function<void()> tick = {});
+    void judge(const steps::Expect &step);
+    void await(const char *kind, const QString &expected, bool absent, int within,
                std::function<bool()> take, std::function<QStringList()> others);
-    bool takeSignal(const SignalExpectation &expectation);
-    bool takeFrame(const steps::ExpectFrame &step);
-    bool fail(const QString &expected, int within, const QString &actual);
+    void meet();
+    void fail(const QString &expected, int within, const QString &actual);
     int scaled(int milliseconds) const;
     qint64 now() const { return mClock.milliseconds(); }
 

@@ -32,7 +32,4 @@ struct Stage
     }
 };
 
-/// A mistake for each line of the steps that needs somebody who is not \p present, of Party.
-QVector<Mistake> findObstacles(const QVector<Step> &steps, int present);
-
 } // namespace bench

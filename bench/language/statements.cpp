@@ -1,6 +1,8 @@
 #include "bench/language/closestname.h"
 #include "bench/language/operations.h"
 #include "bench/language/parser.h"
+#include "bench/language/stage.h"
+#include "bench/wire/named.h"
 
 #include <cmath>
 
@@ -12,161 +14,164 @@ using namespace steps;
 
 constexpr int kShortPress = 200; // ms
 
-bool readValueName(LineReader &line, ValueId *id)
+// Moves within the range; below it is a word such as `none`, if the value has one.
+int moved(const Field &field, int raw, int by)
 {
-    QString name;
-    if (!line.text("the name of a car value", &name))
-        return false;
+    const bool isNumber = raw >= field.low && raw <= field.high;
+    // From a word, the way leads in from the other end; beyond an end, to the word.
+    const int target = isNumber ? raw + by : by > 0 ? field.low : field.high;
+    if (target > field.high && isNumber && field.words.count > 0)
+        return field.words[0].raw;
+    return qBound(field.low, target, field.high);
+}
+
+// On to the next word; from what is none, to the first.
+int toggled(const Field &field, int raw)
+{
+    const Word *word = wordOf(field.words, raw);
+    return word && word + 1 != field.words.end() ? word[1].raw : field.words[0].raw;
+}
+
+ValueId readValueName(LineReader &line)
+{
+    const QString name = line.text("the name of a car value");
     const std::optional<ValueId> found = findValue(name);
-    *id = found.value_or(ValueId{});
-    return found || line.fail(unknownValue(name));
+    if (!found)
+        line.fail(unknownName(true, name));
+    return found.value_or(ValueId{});
 }
 
-bool readRaw(LineReader &line, ValueId id, int *raw)
+int readRaw(LineReader &line, ValueId id)
 {
-    QString text, error;
-    const QByteArray what = valueRange(fieldOf(id)).toUtf8();
-    if (!line.text(what.constData(), &text))
-        return false;
-    return parseValue(fieldOf(id), text, raw, &error) || line.fail(error);
+    int raw = 0;
+    QString error;
+    const QString text = line.text(valueRange(fieldOf(id)).toUtf8().constData());
+    if (!parseValue(fieldOf(id), text, &raw, &error))
+        line.fail(error);
+    return raw;
 }
 
-bool readModel(LineReader &line, ParseContext &context)
+quint8 readKey(LineReader &line) { return static_cast<quint8>(line.number("a key code", 0, 255)); }
+
+void readModel(LineReader &line, ParseContext &context)
 {
     if (!context.scenario->steps.isEmpty())
         return line.fail(QStringLiteral("the car model is chosen before the first step"));
-    return line.number("a car model", 0, 65535, &context.scenario->carModel) &&
-           (line.atEnd() || line.number("a car index", 0, 65535, &context.scenario->carIndex));
+    context.scenario->carModel = line.number("a car model", 0, 65535);
+    if (!line.atEnd())
+        context.scenario->carIndex = line.number("a car index", 0, 65535);
 }
 
-bool readSay(LineReader &line, ParseContext &context)
+void readSay(LineReader &line, ParseContext &context)
 {
-    QString text;
-    return line.text("a text in quotes", &text) && context.add(Say{text});
+    context.add(Say{line.text("a text in quotes")});
 }
 
-bool readStart(LineReader &line, ParseContext &context)
+void readStart(LineReader &line, ParseContext &context)
 {
     if (context.started)
         return line.fail(QStringLiteral("the service is started already; 'stop' it before"));
     context.started = true;
-    return context.add(Start{});
+    context.add(Do{[](const Stage &stage) {
+        if (!stage.host->isStarted()) // Somebody else may have been faster.
+            stage.host->start();
+    }});
 }
 
-bool readStop(LineReader &line, ParseContext &context)
+void readStop(LineReader &line, ParseContext &context)
 {
     if (!context.started)
         return line.fail(QStringLiteral("the service is not started; 'start' it before"));
     context.started = false;
-    return context.add(Stop{});
+    context.add(Stop{});
 }
 
-bool readWait(LineReader &line, ParseContext &context)
+void readWait(LineReader &line, ParseContext &context)
 {
-    Wait step{};
-    if (!line.time(&step.milliseconds))
-        return false;
-    step.real = line.accept("real");
-    return context.add(step);
+    const int milliseconds = line.time();
+    context.add(Wait{milliseconds, line.accept("real")});
 }
 
-bool readSet(LineReader &line, ParseContext &context)
+void readSet(LineReader &line, ParseContext &context)
 {
     do {
-        ValueId id{};
-        int raw = 0;
-        if (!readValueName(line, &id) || !readRaw(line, id, &raw))
-            return false;
-        context.add(Set{id, raw});
+        const ValueId id = readValueName(line);
+        context.add(Set{id, readRaw(line, id)});
     } while (line.accept(","));
-    return true;
 }
 
-bool readToggle(LineReader &line, ParseContext &context)
+void readToggle(LineReader &line, ParseContext &context)
 {
-    ValueId id{};
-    if (!readValueName(line, &id))
-        return false;
-    const Field &field = fieldOf(id);
-    if (field.words.count < 2)
+    const ValueId id = readValueName(line);
+    if (fieldOf(id).words.count < 2)
         return line.fail(QStringLiteral("%1 has no words to go through; 'change %1 by' a number")
-                             .arg(QLatin1String(field.name)));
-    return context.add(Toggle{id});
+                             .arg(fieldOf(id).name));
+    context.add(Do{[id](const Stage &stage) {
+        VirtualCar &car = stage.box->car();
+        car.setRaw(id, toggled(fieldOf(id), car.raw(id)));
+    }});
 }
 
-bool readChange(LineReader &line, ParseContext &context)
+void readChange(LineReader &line, ParseContext &context)
 {
     do {
-        ValueId id{};
-        QString text;
-        if (!readValueName(line, &id) || !line.expect("by") || !line.text("a number", &text))
-            return false;
+        const ValueId id = readValueName(line);
+        line.expect("by");
+        const QString text = line.text("a number");
         const Field &field = fieldOf(id);
-        if (field.low > field.high)
-            return line.fail(
-                QStringLiteral("%1 has words only; 'toggle' it").arg(QLatin1String(field.name)));
         bool isNumber = false;
         const double by = std::round(text.toDouble(&isNumber) / field.scale);
+        if (field.low > field.high)
+            return line.fail(QStringLiteral("%1 has words only; 'toggle' it").arg(field.name));
         if (!isNumber || !(std::abs(by) <= field.mask()))
-            return line.fail(QStringLiteral("'%1' is not a number to change %2 by")
-                                 .arg(text, QLatin1String(field.name)));
-        context.add(Change{id, static_cast<int>(by)});
+            return line.fail(
+                QStringLiteral("'%1' is not a number to change %2 by").arg(text, field.name));
+        context.add(Do{[id, by = static_cast<int>(by)](const Stage &stage) {
+            VirtualCar &car = stage.box->car();
+            car.setRaw(id, moved(fieldOf(id), car.raw(id), by));
+        }});
     } while (line.accept(","));
-    return true;
 }
 
-bool readRamp(LineReader &line, ParseContext &context)
+void readRamp(LineReader &line, ParseContext &context)
 {
     Ramp step{};
     do {
-        Ramp::Lane lane{};
-        int from = 0;
-        if (!readValueName(line, &lane.id))
-            return false;
-        if (line.accept("from")) {
-            if (!readRaw(line, lane.id, &from))
-                return false;
-            lane.from = from;
-        }
-        if (!line.expect("to") || !readRaw(line, lane.id, &lane.to))
-            return false;
+        Ramp::Lane lane{readValueName(line), {}, 0};
+        if (line.accept("from"))
+            lane.from = readRaw(line, lane.id);
+        line.expect("to");
+        lane.to = readRaw(line, lane.id);
         step.lanes.append(lane);
     } while (line.accept(","));
-    return line.expect("over") && line.time(&step.milliseconds) && context.add(step);
+    line.expect("over");
+    step.milliseconds = line.time();
+    context.add(step);
 }
 
-bool readPress(LineReader &line, ParseContext &context)
+void readPress(LineReader &line, ParseContext &context)
 {
-    int key = 0;
-    int milliseconds = kShortPress;
-    if (!line.number("a key code", 0, 255, &key))
-        return false;
-    if (line.accept("for") && !line.time(&milliseconds))
-        return false;
-    return !line.failed() && context.add(Press{static_cast<quint8>(key), milliseconds});
+    const quint8 key = readKey(line);
+    context.add(Press{key, line.accept("for") ? line.time() : kShortPress});
 }
 
-bool readHold(LineReader &line, ParseContext &context)
-{
-    int key = 0;
-    return line.number("a key code", 0, 255, &key) && context.add(Hold{static_cast<quint8>(key)});
-}
+void readHold(LineReader &line, ParseContext &context) { context.add(Hold{readKey(line)}); }
 
-bool readRelease(LineReader &, ParseContext &context) { return context.add(Release{}); }
+void readRelease(LineReader &, ParseContext &context) { context.add(Release{}); }
 
-bool readCall(LineReader &line, ParseContext &context)
+void readCall(LineReader &line, ParseContext &context)
 {
     if (!context.started)
         return line.fail(QStringLiteral("the service is not started; 'start' it before"));
-    Call step;
-    return readHostCall(line, &step.operation) && context.add(step);
+    context.add(
+        Do{[call = readHostCall(line)](const Stage &stage) { call(stage.host->service()); }});
 }
 
 constexpr struct
 {
-    const char *word;
+    const char *name;
     const char *arguments;
-    bool (*read)(LineReader &line, ParseContext &context);
+    void (*read)(LineReader &line, ParseContext &context);
     int needs;
 } kStatements[] = {
     {"model", "ID [INDEX]", readModel, Nobody},
@@ -202,47 +207,44 @@ constexpr struct
 
 } // namespace
 
-bool ParseContext::add(const Action &action)
+void ParseContext::add(const Action &action)
 {
     scenario->steps.append({0, {}, action, needs}); // The line is filled in by who has it.
-    return true;
 }
 
-QString unknownValue(const QString &name)
+QString unknownName(bool ofCar, const QString &name)
 {
-    QStringList names;
-    for (int index = 0; index < kValueCount; ++index)
-        names += QLatin1String(fieldOf(ValueId{index}).name);
-    const QString meant = didYouMean(name, names);
-    return QStringLiteral("the car has no value '%1'%2")
-        .arg(name, meant.isEmpty() ? QStringLiteral("; 'canbench names' lists them") : meant);
+    const QString meant = didYouMean(name, ofCar ? valueNames() : Observable::names());
+    return QStringLiteral("%1 '%2'%3")
+        .arg(ofCar ? "the car has no value" : "there is no getter", name,
+             meant.isEmpty() ? "; 'canbench names' lists them" : meant);
 }
 
-bool readStep(LineReader &line, ParseContext &context)
+void readStep(LineReader &line, ParseContext &context)
 {
-    QString word;
-    if (!line.text("a step", &word))
-        return false;
-    QStringList words;
-    for (const auto &statement : kStatements) {
-        words += QLatin1String(statement.word);
-        if (word == words.last()) {
-            context.needs = statement.needs;
-            return statement.read(line, context) && line.end();
-        }
+    const QString word = line.text("a step");
+    QVector<Step> &steps = context.scenario->steps;
+    const int before = steps.size();
+    if (const auto *statement = findNamed(kStatements, word)) {
+        context.needs = statement->needs;
+        statement->read(line, context);
+        line.end();
+        if (line.failed())
+            steps.resize(before);
+        return;
     }
+    QStringList words = namesOf(kStatements);
     words.removeDuplicates();
-    QString meant = didYouMean(word, words);
-    if (meant.isEmpty())
-        meant = QStringLiteral("; possible: ") + words.join(QStringLiteral(", "));
-    return line.fail(QStringLiteral("there is no step '%1'%2").arg(word, meant));
+    const QString meant = didYouMean(word, words);
+    line.fail(QStringLiteral("there is no step '%1'").arg(word) +
+              (meant.isEmpty() ? possible(word, words) : meant));
 }
 
 QString scenarioSyntax()
 {
     QString text;
     for (const auto &statement : kStatements)
-        text += QStringLiteral("%1 %2").arg(statement.word, statement.arguments).trimmed() + '\n';
+        text += QStringLiteral("%1 %2").arg(statement.name, statement.arguments).trimmed() + '\n';
     return text + hostCallSyntax();
 }
 

@@ -15,9 +15,9 @@
 #include <optional>
 #include <variant>
 
-class CanServiceBase;
-
 namespace bench {
+
+struct Stage;
 
 namespace steps {
 
@@ -31,9 +31,12 @@ struct Ask
 {
     QString text;
 };
-struct Start
+/// What is done at once.
+struct Do
 {
+    std::function<void(const Stage &)> action;
 };
+
 struct Stop
 {
 };
@@ -46,17 +49,6 @@ struct Set
 {
     ValueId id;
     int raw;
-};
-/// Moves within the range; below it is a word such as `none`, if the value has one.
-struct Change
-{
-    ValueId id;
-    int by; ///< Raw.
-};
-/// On to the next word.
-struct Toggle
-{
-    ValueId id;
 };
 /// Values that move evenly, side by side.
 struct Ramp
@@ -82,35 +74,17 @@ struct Hold
 struct Release
 {
 };
-/// An operation of the interface, with its arguments.
-struct Call
-{
-    std::function<void(CanServiceBase &)> operation;
-};
-enum class Box { Silent, Speaking, Unplugged, Plugged };
+enum class Box { Unplugged, Plugged };
 /// A frame that no car state asks for.
 struct Frame
 {
     Inbound type;
     QByteArray payload;
 };
-/// Bytes on the line as they are.
-struct Bytes
-{
-    QByteArray bytes;
-};
-/// One fault, with the next frame of the box.
-struct InjectFault
-{
-    Fault fault;
-};
 /// How often faults happen from now on.
 struct FaultRates
 {
     QVector<QPair<Fault, double>> rates;
-};
-struct NoFaults
-{
 };
 struct Expect
 {
@@ -134,11 +108,10 @@ struct ExpectFrame
 
 } // namespace steps
 
-using Action = std::variant<steps::Say, steps::Ask, steps::Start, steps::Stop, steps::Wait,
-                            steps::Set, steps::Change, steps::Toggle, steps::Ramp, steps::Press,
-                            steps::Hold, steps::Release, steps::Call, steps::Box, steps::Frame,
-                            steps::Bytes, steps::InjectFault, steps::FaultRates, steps::NoFaults,
-                            steps::Expect, steps::ExpectSignal, steps::ExpectFrame>;
+using Action =
+    std::variant<steps::Do, steps::Say, steps::Ask, steps::Stop, steps::Wait, steps::Set,
+                 steps::Ramp, steps::Press, steps::Hold, steps::Release, steps::Box, steps::Frame,
+                 steps::FaultRates, steps::Expect, steps::ExpectSignal, steps::ExpectFrame>;
 
 inline bool isExpectation(const Action &action)
 {

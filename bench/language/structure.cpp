@@ -13,17 +13,16 @@ constexpr int kMostIncludes = 100;
 
 } // namespace
 
-bool readRepeat(LineReader &line, ParseContext &context)
+void readRepeat(LineReader &line, ParseContext &context)
 {
-    int times = 0;
-    if (!line.number("a number of times", 1, kMostSteps, &times))
-        return false;
+    const int times = line.number("a number of times", 1, kMostSteps);
+    if (line.failed())
+        return;
     context.repetitions.append({line.line(), line.column(), times, context.scenario->steps.size(),
                                 context.started, context.plugged});
-    return true;
 }
 
-bool readEnd(LineReader &line, ParseContext &context)
+void readEnd(LineReader &line, ParseContext &context)
 {
     if (context.repetitions.isEmpty())
         return line.fail(QStringLiteral("there is no 'repeat' that this could end"));
@@ -44,15 +43,14 @@ bool readEnd(LineReader &line, ParseContext &context)
     steps.reserve(open.firstStep + body.size() * open.times);
     for (int pass = 1; pass < open.times; ++pass)
         steps += body;
-    return true;
 }
 
-bool readInclude(LineReader &line, ParseContext &context)
+void readInclude(LineReader &line, ParseContext &context)
 {
-    QString name;
+    const QString name = line.text("the name of a file");
     QByteArray text;
-    if (!line.text("the name of a file", &name))
-        return false;
+    if (line.failed())
+        return;
     if (!context.reader)
         return line.fail(QStringLiteral("only a scenario in a file can include another"));
     const QString path = QDir::cleanPath(QFileInfo(context.files.last()).dir().filePath(name));
@@ -69,10 +67,10 @@ bool readInclude(LineReader &line, ParseContext &context)
     parseText(text, context);
     context.files.removeLast();
     if (context.repetitions.size() == open)
-        return true;
+        return;
     while (context.repetitions.size() > open)
         context.repetitions.removeLast();
-    return line.fail(QStringLiteral("'%1' has a 'repeat' without 'end', or the reverse").arg(path));
+    line.fail(QStringLiteral("'%1' has a 'repeat' without 'end', or the reverse").arg(path));
 }
 
 } // namespace bench

@@ -8,6 +8,7 @@ namespace {
 
 bool isOperator(QChar c) { return QStringLiteral("=!<>").contains(c); }
 bool isPunctuation(QChar c) { return QStringLiteral(",()").contains(c); }
+bool isSign(const QString &text) { return isOperator(text.at(0)) || isPunctuation(text.at(0)); }
 bool endsWord(QChar c)
 {
     return c.isSpace() || c == QLatin1Char('#') || c == QLatin1Char('"') || isOperator(c) ||
@@ -98,33 +99,32 @@ bool LineReader::accept(const char *word)
     return found;
 }
 
-bool LineReader::expect(const char *word)
+void LineReader::expect(const char *word)
 {
-    return accept(word) || wants(QStringLiteral("'%1'").arg(QLatin1String(word)));
+    if (!accept(word))
+        wants(QStringLiteral("'%1'").arg(QLatin1String(word)));
 }
 
-bool LineReader::text(const char *what, QString *result)
+QString LineReader::take(const char *what, bool isWanted)
 {
-    if (failed() || atEnd())
-        return wants(QLatin1String(what));
-    const Token &token = mTokens.at(mNext);
-    if (!token.quoted && (isOperator(token.text.at(0)) || isPunctuation(token.text.at(0))))
-        return wants(QLatin1String(what));
-    *result = token.text;
-    ++mNext;
-    return true;
+    if (goesOn() && isWanted)
+        return mTokens.at(mNext++).text;
+    wants(QLatin1String(what));
+    return {};
 }
 
-bool LineReader::comparison(const char *what, QString *result)
+QString LineReader::text(const char *what)
 {
-    if (failed() || atEnd() || mTokens.at(mNext).quoted ||
-        !isOperator(mTokens.at(mNext).text.at(0)))
-        return wants(QLatin1String(what));
-    *result = mTokens.at(mNext++).text;
-    return true;
+    return take(what, !atEnd() && (mTokens.at(mNext).quoted || !isSign(mTokens.at(mNext).text)));
 }
 
-bool LineReader::time(int *milliseconds)
+QString LineReader::comparison(const char *what)
+{
+    return take(what,
+                !atEnd() && !mTokens.at(mNext).quoted && isOperator(mTokens.at(mNext).text.at(0)));
+}
+
+int LineReader::time()
 {
     constexpr struct
     {
@@ -133,9 +133,7 @@ bool LineReader::time(int *milliseconds)
     } kUnits[] = {{"ms", 1}, {"min", 60000}, {"s", 1000}};
     constexpr double kLongest = 3600000;
 
-    QString word;
-    if (!text("a time (200ms, 1.5s, 2min)", &word))
-        return false;
+    const QString word = text("a time (200ms, 1.5s, 2min)");
     for (const auto &row : kUnits) {
         if (!word.endsWith(QLatin1String(row.unit)))
             continue;
@@ -144,87 +142,82 @@ bool LineReader::time(int *milliseconds)
         const double result = digits.toDouble(&isNumber) * row.milliseconds;
         if (!isNumber || !(result >= 0 && result <= kLongest))
             break;
-        *milliseconds = static_cast<int>(std::lround(result));
-        return true;
+        return static_cast<int>(std::lround(result));
     }
-    return fail(QStringLiteral("'%1' is not a time up to 60min (200ms, 1.5s, 2min)").arg(word));
+    fail(QStringLiteral("'%1' is not a time up to 60min (200ms, 1.5s, 2min)").arg(word));
+    return 0;
 }
 
-bool LineReader::number(const char *what, int low, int high, int *result)
+int LineReader::number(const char *what, int low, int high)
 {
-    QString word;
-    return text(what, &word) && ((readInt(word, result) && *result >= low && *result <= high) ||
-                                 fail(QStringLiteral("'%1' is not %2 from %3 to %4")
-                                          .arg(word, QLatin1String(what))
-                                          .arg(low)
-                                          .arg(high)));
+    const QString word = text(what);
+    int result = 0;
+    if (!readInt(word, &result) || result < low || result > high)
+        fail(QStringLiteral("'%1' is not %2 from %3 to %4")
+                 .arg(word, QLatin1String(what))
+                 .arg(low)
+                 .arg(high));
+    return result;
 }
 
-bool LineReader::wholeNumber(const char *what, int *result)
+int LineReader::wholeNumber(const char *what)
 {
-    QString word;
-    return text(what, &word) &&
-           (readInt(word, result) ||
-            fail(QStringLiteral("'%1' is not %2: a whole number").arg(word, QLatin1String(what))));
+    const QString word = text(what);
+    int result = 0;
+    if (!readInt(word, &result))
+        fail(QStringLiteral("'%1' is not %2: a whole number").arg(word, QLatin1String(what)));
+    return result;
 }
 
-bool LineReader::share(const char *what, double *result)
+double LineReader::share(const char *what)
 {
-    QString word;
-    if (!text(what, &word))
-        return false;
+    const QString word = text(what);
     const bool isPercent = word.endsWith(QLatin1Char('%'));
     bool isNumber = false;
     const double value = (isPercent ? word.chopped(1) : word).toDouble(&isNumber);
-    *result = isPercent ? value / 100 : value;
-    if (isNumber && *result >= 0 && *result <= 1)
-        return true;
-    return fail(
-        QStringLiteral("'%1' is not %2 from 0 to 1, or 0% to 100%").arg(word, QLatin1String(what)));
+    const double result = isPercent ? value / 100 : value;
+    if (!isNumber || !(result >= 0 && result <= 1))
+        fail(QStringLiteral("'%1' is not %2 from 0 to 1, or 0% to 100%")
+                 .arg(word, QLatin1String(what)));
+    return result;
 }
 
-bool LineReader::bytes(const char *what, QByteArray *result)
+QByteArray LineReader::bytes(const char *what)
 {
-    int byte = 0;
-    while (!atEnd()) {
-        if (!number(what, 0, 255, &byte))
-            return false;
-        result->append(static_cast<char>(byte));
-    }
-    return true;
+    QByteArray result;
+    while (goesOn())
+        result.append(static_cast<char>(number(what, 0, 255)));
+    return result;
 }
 
-bool LineReader::end()
+void LineReader::end()
 {
-    if (failed())
-        return false;
-    if (atEnd())
-        return true;
+    if (!goesOn())
+        return;
     ++mNext;
-    return fail(QStringLiteral("'%1' is too much here; the step ends before it")
-                    .arg(mTokens.at(mNext - 1).text));
+    fail(QStringLiteral("'%1' is too much here; the step ends before it")
+             .arg(mTokens.at(mNext - 1).text));
 }
 
 int LineReader::column() const { return mTokens.at(mNext > 0 ? mNext - 1 : 0).column; }
 
-bool LineReader::fail(const QString &problem) { return failAt(column(), problem); }
+void LineReader::fail(const QString &problem) { failAt(column(), problem); }
 
-bool LineReader::failAt(int column, const QString &problem)
+void LineReader::failAt(int column, const QString &problem)
 {
-    if (!failed()) {
-        mMistake.column = column;
-        mMistake.text = problem;
-    }
-    return false;
+    if (failed())
+        return;
+    mMistake.column = column;
+    mMistake.text = problem;
 }
 
-bool LineReader::wants(const QString &what)
+void LineReader::wants(const QString &what)
 {
     if (atEnd())
         return failAt(mTokens.last().endColumn,
                       QStringLiteral("the line ends where %1 belongs").arg(what));
-    return failAt(mTokens.at(mNext).column,
-                  QStringLiteral("'%1' is where %2 belongs").arg(mTokens.at(mNext).text, what));
+    failAt(mTokens.at(mNext).column,
+           QStringLiteral("'%1' is where %2 belongs").arg(mTokens.at(mNext).text, what));
 }
 
 } // namespace bench

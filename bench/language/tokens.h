@@ -31,7 +31,7 @@ struct Token
 QVector<Token> cutLine(const QString &line, Mistake *mistake);
 
 /// Takes the tokens of a line one after the other. The first mistake stands; after it every take
-/// fails.
+/// gives nothing or 0.
 class LineReader
 {
 public:
@@ -46,27 +46,30 @@ public:
     bool follows(const char *word) const;
 
     // Each says what it wants when it finds something else.
-    bool expect(const char *word);
-    bool text(const char *what, QString *result);       ///< Any word or quoted text.
-    bool comparison(const char *what, QString *result); ///< A word of `=`, `!`, `<` and `>`.
-    bool time(int *milliseconds);                       ///< 200ms, 1.5s or 2min; up to an hour.
-    bool number(const char *what, int low, int high, int *result); ///< Decimal, or 0x and hex.
-    bool wholeNumber(const char *what, int *result);               ///< Any int.
-    bool share(const char *what, double *result);                  ///< 0 to 1, or 0% to 100%.
-    bool bytes(const char *what, QByteArray *result);              ///< To the end of the line.
-    bool end();                                                    ///< Nothing more on the line.
+    void expect(const char *word);
+    QString text(const char *what);                  ///< Any word or quoted text.
+    QString comparison(const char *what);            ///< A word of `=`, `!`, `<` and `>`.
+    int time();                                      ///< 200ms, 1.5s or 2min; up to an hour. In ms.
+    int number(const char *what, int low, int high); ///< Decimal, or 0x and hex.
+    int wholeNumber(const char *what);               ///< Any int.
+    double share(const char *what);                  ///< 0 to 1, or 0% to 100%.
+    QByteArray bytes(const char *what);              ///< To the end of the line.
+    void end();                                      ///< Nothing more on the line.
+    /// There is more to take.
+    bool goesOn() const { return !failed() && !atEnd(); }
 
     int line() const { return mMistake.line; }
     /// Where the token taken last begins.
     int column() const;
     /// A mistake there.
-    bool fail(const QString &problem);
+    void fail(const QString &problem);
     bool failed() const { return !mMistake.text.isEmpty(); }
     const Mistake &mistake() const { return mMistake; }
 
 private:
-    bool failAt(int column, const QString &problem);
-    bool wants(const QString &what);
+    void failAt(int column, const QString &problem);
+    void wants(const QString &what);
+    QString take(const char *what, bool isWanted);
 
     const QVector<Token> mTokens;
     int mNext = 0;

@@ -19,7 +19,7 @@ public:
     explicit TraceDecoder(QObject *parent = nullptr);
     ~TraceDecoder() override;
 
-    /// Loads \p plugin and starts its service for a car of \p carModel.
+    /// Loads \p plugin, as PluginHost::load(), and starts its service for a car of \p carModel.
     /// \returns an empty text, or what went wrong.
     QString open(const QString &plugin, int carModel);
     /// The next line of the recording. Time never goes back: an earlier one counts as the latest.

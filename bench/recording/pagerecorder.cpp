@@ -1,9 +1,6 @@
 #include "bench/recording/pagerecorder.h"
 
 #include "bench/headunit/session.h"
-#include "bench/recording/plotstate.h"
-
-#include <serialport.h>
 
 #include <QDateTime>
 
@@ -25,15 +22,7 @@ QString PageRecorder::start(const OutputTarget &target, const QString &title)
         return problem;
     mPage.setAbout(
         {title, mSession->options().carModel, QDateTime::currentMSecsSinceEpoch() * 1000 - now()});
-    using canservice::SerialMonitor;
-    const SerialMonitor *monitor = SerialMonitor::instance();
-    connect(monitor, &SerialMonitor::received, this,
-            [this](const QByteArray &bytes) { take(true, bytes); });
-    connect(monitor, &SerialMonitor::written, this,
-            [this](const QByteArray &bytes, bool, bool delivered) {
-                if (delivered)
-                    take(false, bytes);
-            });
+    connect(mSession, &Session::carried, this, &PageRecorder::take);
     connect(mSession, &Session::happened, this, &PageRecorder::onHappened);
     return {};
 }
@@ -56,9 +45,9 @@ void PageRecorder::onHappened(const Event &event)
 {
     if (!mHasState && mSession->state().isWatching()) {
         mHasState = true;
-        plotState(mSession->state(), now(), &mPage);
+        mPage.state(mSession->state(), now());
     }
-    plotEvent(event, &mPage);
+    mPage.event(event);
 }
 
 void PageRecorder::take(bool fromBox, const QByteArray &bytes)

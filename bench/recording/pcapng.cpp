@@ -1,5 +1,9 @@
 #include "bench/recording/pcapng.h"
 
+#include "bench/recording/export.h"
+
+#include <QDataStream>
+#include <QHash>
 #include <QtEndian>
 
 #include <algorithm>
@@ -8,11 +12,21 @@ namespace bench {
 
 namespace {
 
+// Every block is `type | length | body | length`, every option `code | length | value`, bodies and
+// values padded to 4 bytes.
 enum Block : quint32 { SectionHeader = 0x0A0D0D0A, Interface = 1, EnhancedPacket = 6 };
-enum Option : quint16 { EndOfOptions = 0, Comment = 1, Name = 2, Flags = 2, TimeResolution = 9 };
+enum Option : quint16 {
+    EndOfOptions = 0,
+    Comment = 1,
+    InterfaceName = 2,
+    PacketFlags = 2,
+    Application = 4,
+    TimeResolution = 9
+};
 constexpr quint32 kByteOrder = 0x1A2B3C4D;
 constexpr quint16 kUser0 = 147;
-constexpr quint32 kDirections = 3, kOutbound = 2;
+constexpr quint32 kDirections = 3, kInbound = 1, kOutbound = 2;
+constexpr int kMaxPorts = 256;
 constexpr int kLargestBlock = 1024 * 1024;
 constexpr int kSectionFixed = 16; // Byte order, version, size of the section.
 constexpr int kBlockFrame = 12;   // Type, length, and the length again.
@@ -38,6 +52,58 @@ QByteArray optionIn(const QByteArray &body, int at, Option wanted)
         at += 4 + (size + 3) / 4 * 4;
     }
     return {};
+}
+
+template <typename... Fields>
+QByteArray littleEndian(Fields... fields)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    (stream << ... << fields);
+    return bytes;
+}
+
+QByteArray padded(const QByteArray &bytes)
+{
+    return bytes + QByteArray((4 - bytes.size() % 4) % 4, '\0');
+}
+
+QByteArray option(Option code, const QByteArray &value)
+{
+    return littleEndian(quint16(code), quint16(value.size())) + padded(value);
+}
+
+QByteArray block(Block type, const QByteArray &body, const QByteArray &options)
+{
+    const QByteArray content = body + options + option(EndOfOptions, {});
+    const auto length = quint32(content.size() + 12);
+    return littleEndian(quint32(type), length) + content + littleEndian(length);
+}
+
+QByteArray section(const std::optional<TraceCar> &car)
+{
+    constexpr qint64 kUnknownLength = -1;
+    return block(SectionHeader, littleEndian(kByteOrder, quint16(1), quint16(0), kUnknownLength),
+                 (car ? option(Comment, traceText(*car)) : QByteArray()) +
+                     option(Application, "canbench"));
+}
+
+QByteArray interface(const QByteArray &port)
+{
+    constexpr quint32 kNoLimit = 0;
+    return block(Interface, littleEndian(kUser0, quint16(0), kNoLimit),
+                 option(InterfaceName, port));
+}
+
+QByteArray packet(quint32 interfaceNumber, const TraceLine &line)
+{
+    const auto time = quint64(line.time); // Microseconds are the default unit.
+    const auto size = quint32(line.bytes.size());
+    return block(EnhancedPacket,
+                 littleEndian(interfaceNumber, quint32(time >> 32), quint32(time), size, size) +
+                     padded(line.bytes),
+                 option(PacketFlags, littleEndian(line.fromBox ? kInbound : kOutbound)));
 }
 
 } // namespace
@@ -83,7 +149,7 @@ QString PcapngReader::takeInterface(const QByteArray &body)
     const QByteArray resolution = optionIn(body, kFixed, TimeResolution);
     if (!resolution.isEmpty() && resolution.at(0) != kMicroseconds)
         return QStringLiteral("its times are not in microseconds");
-    QByteArray port = optionIn(body, kFixed, Name).left(kMaxTracePort);
+    QByteArray port = optionIn(body, kFixed, InterfaceName).left(kMaxTracePort);
     std::replace_if(
         port.begin(), port.end(), [](char c) { return c <= ' ' || c > '~'; }, '_');
     mPorts += port.isEmpty() ? QByteArray("pcapng") : port;
@@ -108,11 +174,32 @@ QString PcapngReader::takePacket(const QByteArray &body, TraceLine *line) const
     if (time > static_cast<quint64>(kLatest))
         return QStringLiteral("a packet is of a time that no clock shows");
     const int options = kFixed + (static_cast<int>(size) + 3) / 4 * 4;
-    const QByteArray flags = optionIn(body, options, Flags);
+    const QByteArray flags = optionIn(body, options, PacketFlags);
     line->time = static_cast<qint64>(time);
     line->port = mPorts.at(static_cast<int>(interface));
     line->fromBox = flags.size() != 4 || (numberAt<quint32>(flags, 0) & kDirections) != kOutbound;
     line->bytes = body.mid(kFixed, static_cast<int>(size));
+    return {};
+}
+
+QString exportPcapng(TraceReader &trace, QIODevice &out, const ExportOptions &)
+{
+    const auto put = [&out](const QByteArray &bytes) { return out.write(bytes) == bytes.size(); };
+    if (!put(section(trace.car())))
+        return out.errorString();
+    QHash<QByteArray, quint32> ports;
+    TraceLine line;
+    while (trace.next(&line)) {
+        if (!ports.contains(line.port)) {
+            if (ports.size() == kMaxPorts)
+                return QStringLiteral("the recording has more than %1 ports").arg(kMaxPorts);
+            ports.insert(line.port, quint32(ports.size()));
+            if (!put(interface(line.port)))
+                return out.errorString();
+        }
+        if (!put(packet(ports.value(line.port), line)))
+            return out.errorString();
+    }
     return {};
 }
 

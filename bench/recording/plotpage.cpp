@@ -38,15 +38,10 @@ int intAt(const QVector<Value> &arguments, int index)
     return static_cast<int>(numberOf(arguments.value(index)));
 }
 
-QString nameOf(bool fromBox, quint8 dataType)
-{
-    return fromBox ? inboundName(dataType) : outboundName(dataType);
-}
-
 QString frameText(bool fromBox, const LineItem &item)
 {
     return QStringLiteral("%1 %2 %3")
-        .arg(hexByte(item.dataType), nameOf(fromBox, item.dataType), bytesText(item.bytes));
+        .arg(hexByte(item.dataType), frameName(fromBox, item.dataType), bytesText(item.bytes));
 }
 
 // Times are written as the difference to the one before, which is shorter.
@@ -75,13 +70,13 @@ QJsonObject seriesJson(const QString &name, const QString &unit, const char *kin
         numbers.append(std::isnan(point.number) ? QJsonValue(point.word)
                                                 : QJsonValue(point.number));
     }
-    return {{QStringLiteral("name"), name},
-            {QStringLiteral("unit"), unit},
-            {QStringLiteral("kind"), QLatin1String(kind)},
-            {QStringLiteral("width"), series.width()},
-            {QStringLiteral("changes"), series.changes() - 1}, // The first is no change.
-            {QStringLiteral("t"), times.array()},
-            {QStringLiteral("v"), numbers}};
+    return {{"name", name},
+            {"unit", unit},
+            {"kind", kind},
+            {"width", series.width()},
+            {"changes", series.changes() - 1}, // The first is no change.
+            {"t", times.array()},
+            {"v", numbers}};
 }
 
 QJsonObject marksJson(const QString &name, const char *kind, const Marks &marks)
@@ -94,13 +89,11 @@ QJsonObject marksJson(const QString &name, const char *kind, const Marks &marks)
         counts.append(mark.count);
         texts.append(mark.text);
     }
-    QJsonObject object{
-        {QStringLiteral("name"), name},           {QStringLiteral("kind"), QLatin1String(kind)},
-        {QStringLiteral("width"), marks.width()}, {QStringLiteral("count"), marks.count()},
-        {QStringLiteral("t"), times.array()},     {QStringLiteral("text"), texts}};
+    QJsonObject object{{"name", name},           {"kind", kind},       {"width", marks.width()},
+                       {"count", marks.count()}, {"t", times.array()}, {"text", texts}};
     if (marks.width() > 0) {
-        object.insert(QStringLiteral("d"), durations);
-        object.insert(QStringLiteral("n"), counts);
+        object.insert("d", durations);
+        object.insert("n", counts);
     }
     return object;
 }
@@ -112,7 +105,7 @@ QJsonObject trafficJson(Traffic fromBox, Traffic toBox)
         fromBox.widen();
     while (toBox.seconds() < fromBox.seconds())
         toBox.widen();
-    QJsonObject object{{QStringLiteral("width"), fromBox.seconds() * 1'000'000}};
+    QJsonObject object{{"width", fromBox.seconds() * 1'000'000}};
     const auto insert = [&object](const char *name, const Traffic &traffic) {
         QJsonArray means, peaks;
         for (const Traffic::Stretch &stretch : traffic.stretches()) {
@@ -208,7 +201,7 @@ void PlotPage::item(qint64 time, bool fromBox, const LineItem &item)
 
 void PlotPage::countFrame(qint64 time, bool fromBox, const LineItem &item)
 {
-    FrameCount &count = mFrames[{fromBox, item.dataType}];
+    FrameCount &count = mFrames[{!fromBox, item.dataType}];
     if (item.kind == LineItem::BadChecksum) {
         ++count.bad;
         if (fromBox)
@@ -244,10 +237,7 @@ void PlotPage::signal(qint64 time, const QString &name, const QVector<Value> &ar
     }
     if (name == QLatin1String("keyEvent"))
         key(time, intAt(arguments, 0), intAt(arguments, 1));
-    QStringList texts;
-    for (const Value &argument : arguments)
-        texts += plainText(argument);
-    mSignals[name].add(time, texts.join(QStringLiteral(", ")));
+    mSignals[name].add(time, plainText(arguments));
 }
 
 void PlotPage::say(qint64 time, const QString &text)
@@ -333,7 +323,7 @@ QJsonArray PlotPage::totals() const
     };
     qint64 fromBox = 0, toBox = 0;
     for (auto it = mFrames.cbegin(); it != mFrames.cend(); ++it)
-        (it.key().first ? fromBox : toBox) += it->good;
+        (it.key().first ? toBox : fromBox) += it->good;
     QJsonArray array{entry("frames from the box", fromBox, false),
                      entry("frames to the box", toBox, false)};
     for (int kind = 0; kind < kMarkKinds; ++kind)
@@ -358,23 +348,19 @@ QJsonArray PlotPage::marks() const
 QJsonArray PlotPage::frames() const
 {
     QJsonArray array;
-    for (const bool fromBox : {true, false}) {
-        for (auto it = mFrames.cbegin(); it != mFrames.cend(); ++it) {
-            if (it.key().first != fromBox)
-                continue;
-            const quint8 dataType = it.key().second;
-            array.append(QJsonObject{
-                {QStringLiteral("from"), QLatin1String(fromBox ? "box" : "host")},
-                {QStringLiteral("type"), hexByte(dataType)},
-                {QStringLiteral("name"), nameOf(fromBox, dataType)},
-                {QStringLiteral("count"), it->good},
-                {QStringLiteral("bad"), it->bad},
-                {QStringLiteral("first"), it->first},
-                {QStringLiteral("last"), it->last},
-                {QStringLiteral("gap"), it->gap},
-                {QStringLiteral("gapAt"), it->gapAt},
-            });
-        }
+    for (auto it = mFrames.cbegin(); it != mFrames.cend(); ++it) {
+        const auto [isToBox, dataType] = it.key();
+        array.append(QJsonObject{
+            {"from", isToBox ? "host" : "box"},
+            {"type", hexByte(dataType)},
+            {"name", frameName(!isToBox, dataType)},
+            {"count", it->good},
+            {"bad", it->bad},
+            {"first", it->first},
+            {"last", it->last},
+            {"gap", it->gap},
+            {"gapAt", it->gapAt},
+        });
     }
     return array;
 }
@@ -386,20 +372,15 @@ QJsonObject PlotPage::json() const
         ports.append(QString::fromLatin1(port));
     for (const Plot &plot : mPlots) {
         QJsonObject object = seriesJson(plot.name, plot.unit, plot.kind, plot.series);
-        object.insert(QStringLiteral("words"), QJsonArray{plot.words[0], plot.words[1]});
+        object.insert("words", QJsonArray{plot.words[0], plot.words[1]});
         series.append(object);
     }
-    return {{QStringLiteral("title"), mAbout.title},
-            {QStringLiteral("model"), mAbout.carModel},
-            {QStringLiteral("start"), mAbout.start},
-            {QStringLiteral("span"), mSpan},
-            {QStringLiteral("problem"), mProblem},
-            {QStringLiteral("ports"), ports},
-            {QStringLiteral("totals"), totals()},
-            {QStringLiteral("series"), series},
-            {QStringLiteral("marks"), marks()},
-            {QStringLiteral("traffic"), trafficJson(mFromBox, mToBox)},
-            {QStringLiteral("frames"), frames()}};
+    return {{"title", mAbout.title}, {"model", mAbout.carModel},
+            {"start", mAbout.start}, {"span", mSpan},
+            {"problem", mProblem},   {"ports", ports},
+            {"totals", totals()},    {"series", series},
+            {"marks", marks()},      {"traffic", trafficJson(mFromBox, mToBox)},
+            {"frames", frames()}};
 }
 
 QString PlotPage::write(QIODevice &out) const

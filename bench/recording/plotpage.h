@@ -11,6 +11,9 @@
 
 namespace bench {
 
+class StateWatch;
+struct Event;
+
 /// A value as it is drawn.
 struct PlotValue
 {
@@ -41,9 +44,10 @@ public:
 
     void chunk(qint64 time, const QByteArray &port, bool fromBox, int bytes);
     void item(qint64 time, bool fromBox, const LineItem &item);
-    void signal(qint64 time, const QString &name, const QVector<Value> &arguments);
-    /// What \p name is from now on. A value that changes its unit goes on as another one.
-    void value(qint64 time, const QString &name, const PlotValue &value);
+    /// All values as they are.
+    void state(const StateWatch &state, qint64 time);
+    /// A signal, and the values that changed with it.
+    void event(const Event &event);
 
     /// A heading of a scenario.
     void say(qint64 time, const QString &text);
@@ -74,6 +78,9 @@ private:
 
     enum MarkKind { Unmet, BadChecksum, GivenUp, Noise, BadReceipt, LinkLost, Resent, kMarkKinds };
 
+    void signal(qint64 time, const QString &name, const QVector<Value> &arguments);
+    /// What \p name is from now on. A value that changes its unit goes on as another one.
+    void value(qint64 time, const QString &name, const PlotValue &value);
     qint64 reach(qint64 time); ///< \returns the time, or the latest one.
     void mark(MarkKind kind, qint64 time, const QString &text);
     void countFrame(qint64 time, bool fromBox, const LineItem &item);
@@ -94,7 +101,7 @@ private:
     Marks mMarks[kMarkKinds];
     QMap<QString, Marks> mSignals;
     Traffic mFromBox, mToBox;
-    QMap<QPair<bool, quint8>, FrameCount> mFrames; ///< By direction, the host first, and type.
+    QMap<QPair<bool, quint8>, FrameCount> mFrames; ///< By direction, the box first, and type.
     QHash<quint8, qint64> mDamaged; ///< When a frame of this type from the box was bad.
 };
 

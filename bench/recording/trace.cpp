@@ -189,11 +189,6 @@ QByteArray traceText(const TraceCar &car)
            QByteArray::number(car.index);
 }
 
-QString parseTraceText(const QByteArray &text, TraceLine *line)
-{
-    return parseLine({text.constData(), static_cast<std::size_t>(text.size())}, line);
-}
-
 TraceReader::TraceReader(const QString &file, Content content)
     : mName(file == QLatin1String("-") ? QStringLiteral("standard input") : file)
     , mContent(content)

@@ -37,10 +37,6 @@ constexpr int kMaxTraceText = 2 * kMaxTraceBytes + kMaxTracePort + 32;
 /// The line with its line end.
 QByteArray traceText(const TraceLine &line);
 
-/// Reads a line without its line end. \returns an empty text, or what is wrong and what would be
-/// right.
-QString parseTraceText(const QByteArray &text, TraceLine *line);
-
 /// The comment without its line end.
 QByteArray traceText(const TraceCar &car);
 

@@ -8,41 +8,17 @@
 
 namespace bench {
 
-QString TraceWriter::open(const OutputTarget &target)
-{
-    mProblem = mFile.open(target, OutputFile::Live);
-    return mProblem;
-}
-
-void TraceWriter::write(const TraceLine &line)
-{
-    for (int at = 0; at < line.bytes.size(); at += kMaxTraceBytes)
-        put(traceText({line.time, line.port, line.fromBox, line.bytes.mid(at, kMaxTraceBytes)}));
-}
-
-void TraceWriter::comment(const QString &text) { put("# " + text.simplified().toUtf8() + '\n'); }
-
-void TraceWriter::put(const QByteArray &bytes)
-{
-    if (!mProblem.isEmpty())
-        return;
-    mProblem = mFile.write(bytes);
-    if (!mProblem.isEmpty())
-        mProblem += QStringLiteral("; nothing more is recorded");
-}
-
 QString TraceRecorder::start(const OutputTarget &target, const QString &port, const TraceCar &car)
 {
-    QString problem = mWriter.open(target);
-    if (!problem.isEmpty())
-        return problem;
+    mProblem = mFile.open(target, OutputFile::Live);
+    if (!mProblem.isEmpty())
+        return mProblem;
     mPort = port.isEmpty() ? QByteArray("-") : port.toLatin1().left(kMaxTracePort);
     std::replace_if(
         mPort.begin(), mPort.end(), [](char c) { return c <= ' ' || c > '~'; }, '_');
     mStart = QDateTime::currentMSecsSinceEpoch() * 1000;
     mClock.start();
-    mWriter.comment(QString::fromLatin1(traceText(car).mid(2)));
-    mWriter.comment(QStringLiteral("(seconds since 1970) port, R from the box or T to it, bytes"));
+    put(traceText(car) + "\n# (seconds since 1970) port, R from the box or T to it, bytes\n");
     return {};
 }
 
@@ -61,18 +37,22 @@ void TraceRecorder::watchPorts()
             [this](bool, const QString &message) { comment(message); });
 }
 
-void TraceRecorder::comment(const QString &text)
-{
-    if (!mPort.isEmpty())
-        mWriter.comment(text);
-}
+void TraceRecorder::comment(const QString &text) { put("# " + text.simplified().toUtf8() + '\n'); }
 
 void TraceRecorder::record(bool fromBox, const QByteArray &bytes)
 {
-    if (mPort.isEmpty())
-        return;
     const qint64 now = mStart + mClock.nsecsElapsed() / 1000;
-    mWriter.write({now, mPort, fromBox, bytes});
+    for (int at = 0; at < bytes.size(); at += kMaxTraceBytes)
+        put(traceText(TraceLine{now, mPort, fromBox, bytes.mid(at, kMaxTraceBytes)}));
+}
+
+void TraceRecorder::put(const QByteArray &bytes)
+{
+    if (mPort.isEmpty() || !mProblem.isEmpty())
+        return;
+    mProblem = mFile.write(bytes);
+    if (!mProblem.isEmpty())
+        mProblem += QStringLiteral("; nothing more is recorded");
 }
 
 } // namespace bench

@@ -9,26 +9,8 @@
 
 namespace bench {
 
-/// Writes a recording. Each line reaches the file at once, so that a kill loses none.
-class TraceWriter
-{
-public:
-    /// \returns an empty text, or what is wrong.
-    QString open(const OutputTarget &target);
-    /// A chunk that is too long for a line becomes several of the same time.
-    void write(const TraceLine &line);
-    void comment(const QString &text);
-    /// Why the recording ended early, such as a full disk; empty while it goes on.
-    QString problem() const { return mProblem; }
-
-private:
-    void put(const QByteArray &bytes);
-
-    OutputFile mFile;
-    QString mProblem;
-};
-
-/// Makes a recording while it happens.
+/// Makes a recording while it happens. Each line reaches the file at once, so that a kill loses
+/// none.
 class TraceRecorder : public QObject
 {
     Q_OBJECT
@@ -41,13 +23,18 @@ public:
     QString start(const OutputTarget &target, const QString &port, const TraceCar &car);
     /// From now on, records what the serial ports of this process read and write.
     void watchPorts();
-    /// A chunk that passes now; nothing before start().
+    /// A chunk that passes now; nothing before start(). One that is too long for a line becomes
+    /// several of the same time.
     void record(bool fromBox, const QByteArray &bytes);
     void comment(const QString &text);
-    QString problem() const { return mWriter.problem(); }
+    /// Why the recording ended early, such as a full disk; empty while it goes on.
+    QString problem() const { return mProblem; }
 
 private:
-    TraceWriter mWriter;
+    void put(const QByteArray &bytes);
+
+    OutputFile mFile;
+    QString mProblem;
     QByteArray mPort;  ///< Empty before the start.
     qint64 mStart = 0; ///< Microseconds since 1970; from there on the monotonic clock counts.
     QElapsedTimer mClock;

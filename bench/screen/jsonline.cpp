@@ -2,12 +2,9 @@
 
 #include "bench/screen/printable.h"
 
-#include <QMetaType>
-
-#include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstring>
+#include <string_view>
 
 namespace bench {
 
@@ -35,25 +32,15 @@ void appendFinite(std::string *bytes, Number number)
 
 void appendJsonUnit(std::string *bytes, ushort unit)
 {
-    switch (unit) {
-    case '"':
-    case '\\':
-        *bytes += {'\\', char(unit)};
+    constexpr std::string_view kUnits = "\"\\\n\r\t", kEscapes = "\"\\nrt";
+    const std::size_t at = unit < 0x80 ? kUnits.find(char(unit)) : std::string_view::npos;
+    if (at != std::string_view::npos) {
+        *bytes += {'\\', kEscapes[at]};
         return;
-    case '\n':
-        bytes->append("\\n");
-        return;
-    case '\r':
-        bytes->append("\\r");
-        return;
-    case '\t':
-        bytes->append("\\t");
-        return;
-    default:
-        bytes->append("\\u");
-        for (int shift = 12; shift >= 0; shift -= 4)
-            *bytes += kHex[unit >> shift & 0xF];
     }
+    *bytes += "\\u";
+    for (int shift = 12; shift >= 0; shift -= 4)
+        *bytes += kHex[unit >> shift & 0xF];
 }
 
 bool isPlain(ushort unit) { return unit >= ' ' && unit < 0x7F && unit != '"' && unit != '\\'; }
@@ -123,44 +110,18 @@ JsonLine &JsonLine::key(const char *name)
     return *this;
 }
 
-JsonLine &JsonLine::value(bool value)
-{
-    separate();
-    mBytes.append(value ? "true" : "false");
-    return *this;
-}
+void JsonLine::append(bool value) { mBytes += value ? "true" : "false"; }
 
-JsonLine &JsonLine::value(qint64 value)
-{
-    separate();
-    appendNumber(&mBytes, value);
-    return *this;
-}
+void JsonLine::append(qint64 value) { appendNumber(&mBytes, value); }
 
-JsonLine &JsonLine::value(float value)
-{
-    separate();
-    appendFinite(&mBytes, value);
-    return *this;
-}
+void JsonLine::append(float value) { appendFinite(&mBytes, value); }
 
-JsonLine &JsonLine::value(double value)
-{
-    separate();
-    appendFinite(&mBytes, value);
-    return *this;
-}
+void JsonLine::append(double value) { appendFinite(&mBytes, value); }
 
-JsonLine &JsonLine::value(const QString &text)
-{
-    separate();
-    appendJsonText(&mBytes, text);
-    return *this;
-}
+void JsonLine::append(const QString &text) { appendJsonText(&mBytes, text); }
 
-JsonLine &JsonLine::value(const char *utf8)
+void JsonLine::append(const char *utf8)
 {
-    separate();
     // Names are plain letters nearly always.
     const char *end = utf8;
     while (isPlain(quint8(*end)))
@@ -169,32 +130,6 @@ JsonLine &JsonLine::value(const char *utf8)
         (mBytes += '"').append(utf8, end) += '"';
     else
         appendJsonText(&mBytes, QString::fromUtf8(utf8));
-    return *this;
-}
-
-JsonLine &JsonLine::value(const QVariant &value)
-{
-    switch (value.userType()) {
-    case QMetaType::Bool:
-        return this->value(value.toBool());
-    case QMetaType::Float:
-        return this->value(value.toFloat());
-    case QMetaType::Double:
-        return this->value(value.toDouble());
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::UChar:
-    case QMetaType::UShort:
-    case QMetaType::Short:
-        return this->value(value.toLongLong());
-    case QMetaType::UnknownType:
-        separate();
-        mBytes.append("null");
-        return *this;
-    default:
-        return this->value(value.toString());
-    }
 }
 
 JsonLine &JsonLine::seconds(qint64 microseconds)
@@ -204,29 +139,16 @@ JsonLine &JsonLine::seconds(qint64 microseconds)
     return *this;
 }
 
-JsonLine &JsonLine::beginObject()
+JsonLine &JsonLine::begin(char bracket)
 {
     separate();
-    mBytes += '{';
+    mBytes += bracket;
     return *this;
 }
 
-JsonLine &JsonLine::endObject()
+JsonLine &JsonLine::end(char bracket)
 {
-    mBytes += '}';
-    return *this;
-}
-
-JsonLine &JsonLine::beginArray()
-{
-    separate();
-    mBytes += '[';
-    return *this;
-}
-
-JsonLine &JsonLine::endArray()
-{
-    mBytes += ']';
+    mBytes += bracket;
     return *this;
 }
 

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <QString>
-#include <QVariant>
 
+#include <optional>
 #include <string>
-#include <string_view>
 #include <type_traits>
+#include <variant>
 
 namespace bench {
 
@@ -28,17 +28,17 @@ public:
     const std::string &end();
 
     JsonLine &key(const char *name);
-    JsonLine &value(bool value);
-    JsonLine &value(qint64 value);
-    JsonLine &value(float value); ///< The shortest number that is this float, as 21.6.
-    JsonLine &value(double value);
-    JsonLine &value(const QString &text);
-    JsonLine &value(const char *utf8);
-    JsonLine &value(const QVariant &value); ///< A switch, a number or a text.
-    template <typename Number, std::enable_if_t<std::is_integral_v<Number>, int> = 0>
-    JsonLine &value(Number number)
+    /// A switch, a number, a text, one of these as a variant, or null as nullptr or nothing. A
+    /// float is the shortest number that is this float, as 21.6.
+    template <typename Content>
+    JsonLine &value(const Content &content)
     {
-        return value(qint64{number});
+        separate();
+        if constexpr (std::is_integral_v<Content> && !std::is_same_v<Content, bool>)
+            append(qint64{content});
+        else
+            append(content);
+        return *this;
     }
     /// A time as seconds with six digits behind the point.
     JsonLine &seconds(qint64 microseconds);
@@ -49,13 +49,36 @@ public:
         return key(name).value(content);
     }
 
-    JsonLine &beginObject();
-    JsonLine &endObject();
-    JsonLine &beginArray();
-    JsonLine &endArray();
+    JsonLine &beginObject() { return begin('{'); }
+    JsonLine &endObject() { return end('}'); }
+    JsonLine &beginArray() { return begin('['); }
+    JsonLine &endArray() { return end(']'); }
 
 private:
     void separate();
+    JsonLine &begin(char bracket);
+    JsonLine &end(char bracket);
+    void append(bool value);
+    void append(qint64 value);
+    void append(float value);
+    void append(double value);
+    void append(const QString &text);
+    void append(const char *utf8);
+    void append(std::nullptr_t) { mBytes += "null"; }
+    template <typename... Contents>
+    void append(const std::variant<Contents...> &value)
+    {
+        std::visit([this](const auto &content) { append(content); }, value);
+    }
+    void append(int value) { append(qint64{value}); }
+    template <typename Content>
+    void append(const std::optional<Content> &value)
+    {
+        if (value)
+            append(*value);
+        else
+            mBytes += "null";
+    }
 
     std::string mBytes;
 };

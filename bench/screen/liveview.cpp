@@ -140,7 +140,7 @@ QStringList smallFacts(const StateWatch &state, int columns)
 struct KeyHelp
 {
     int pages = 0;
-    QVector<ScreenLine> lines;
+    QStringList lines;
 };
 
 // One page of the keys, in as many columns as there is room for.
@@ -160,7 +160,7 @@ KeyHelp keyHelp(int page, const QSize &room)
             text += QStringLiteral(" %1  %2")
                         .arg(QLatin1Char(keys[index].key))
                         .arg(QLatin1String(keys[index].help), 4 - kColumn);
-        help.lines.append({text});
+        help.lines += text;
     }
     return help;
 }
@@ -229,10 +229,8 @@ void LiveView::draw()
             mHelpPage = 0;
     }
     QVector<ScreenLine> lines{headLine(size.width(), help.pages)};
-    if (mHelpPage > 0)
-        lines += help.lines;
-    else
-        lines += stateLines(size);
+    for (const QString &text : mHelpPage > 0 ? help.lines : stateLines(size))
+        lines.append({text});
     if (lines.size() < size.height())
         lines.append({QString()});
     const int room = std::max(0, size.height() - lines.size());
@@ -289,32 +287,24 @@ ScreenLine LiveView::headLine(int columns, int helpPages) const
     return {head, link.at(0).isUpper() ? ScreenLine::Alarm : ScreenLine::Title};
 }
 
-QVector<ScreenLine> LiveView::stateLines(const QSize &size) const
+QStringList LiveView::stateLines(const QSize &size) const
 {
     constexpr int kClimateLines = 2; // So that nothing below moves.
     constexpr int kEventLines = 3;
     const StateWatch &state = mSession->state();
-    const bool isFull = size.width() >= kFullView.width() && size.height() >= kFullView.height();
-    QStringList climate = wrapped("climate", climateParts(state), size.width());
-    QVector<ScreenLine> lines;
-    if (!isFull) {
-        const int room = std::max(1, size.height() - 2 - kEventLines);
-        for (const QString &line : smallFacts(state, size.width()).mid(0, room))
-            lines.append({line});
-        return lines;
-    }
-    while (climate.size() < kClimateLines)
-        climate += QString();
-    lines.append({QString()});
-    for (const QString &line : qAsConst(climate))
-        lines.append({line});
-    lines.append({QString()});
+    if (size.width() < kFullView.width() || size.height() < kFullView.height())
+        return smallFacts(state, size.width()).mid(0, std::max(1, size.height() - 2 - kEventLines));
+    QStringList lines{QString()};
+    lines += wrapped("climate", climateParts(state), size.width());
+    while (lines.size() <= kClimateLines)
+        lines += QString();
+    lines += QString();
     const Cluster cluster = mSession->boxEnd() ? mSession->boxEnd()->car().cluster() : Cluster();
     const QStringList car = carPicture(state);
     const QStringList beside =
         facts(state, mKey, {cluster.source, cluster.lines[0], cluster.lines[1], cluster.clock});
     for (int row = 0; row < car.size(); ++row)
-        lines.append({car.at(row) + QStringLiteral("  ") + beside.value(row)});
+        lines += car.at(row) + QStringLiteral("  ") + beside.value(row);
     return lines;
 }
 

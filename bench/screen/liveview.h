@@ -33,7 +33,7 @@ private:
     void draw();
     QString linkText() const;
     ScreenLine headLine(int columns, int helpPages) const;
-    QVector<ScreenLine> stateLines(const QSize &size) const;
+    QStringList stateLines(const QSize &size) const;
 
     Session *const mSession;
     QtMessageHandler mMessages;

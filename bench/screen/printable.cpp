@@ -87,23 +87,13 @@ QString printable(const QByteArray &bytes)
     return result;
 }
 
-void appendCsvField(QByteArray *row, const QString &text)
-{
-    const QString field = printable(text);
-    if (!field.contains(QLatin1Char('"')) && !field.contains(QLatin1Char(','))) {
-        row->append(field.toUtf8());
-        return;
-    }
-    row->append('"');
-    row->append(QString(field).replace(QLatin1Char('"'), QLatin1String("\"\"")).toUtf8());
-    row->append('"');
-}
-
 QByteArray csvField(const QString &text)
 {
-    QByteArray field;
-    appendCsvField(&field, text);
-    return field;
+    QString field = printable(text);
+    if (field.contains(QLatin1Char('"')) || field.contains(QLatin1Char(',')))
+        field = QLatin1Char('"') + field.replace(QLatin1Char('"'), QLatin1String("\"\"")) +
+                QLatin1Char('"');
+    return field.toUtf8();
 }
 
 } // namespace bench

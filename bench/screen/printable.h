@@ -16,7 +16,6 @@ QString printable(const QByteArray &bytes);
 
 /// A field of a CSV row: printable, so that it has no line end, and in quotes if it needs them.
 QByteArray csvField(const QString &text);
-void appendCsvField(QByteArray *row, const QString &text);
 
 /// isPrintable() for what is no plain ASCII.
 bool isPrintableBeyondAscii(const QString &text, int at);

@@ -22,12 +22,6 @@ void append(std::string *line, const QString &text)
         *line += printable(text.mid(at)).toStdString();
 }
 
-void pad(std::string *line, std::size_t size)
-{
-    if (line->size() < size)
-        line->append(size - line->size(), ' ');
-}
-
 // To the millisecond, at the right of nine places.
 void appendTime(std::string *line, double seconds)
 {
@@ -60,14 +54,6 @@ std::string typeText(quint8 byte)
     std::string text = "0x";
     appendHex(&text, byte);
     return text;
-}
-
-QString argumentText(const QVector<Value> &arguments)
-{
-    QStringList texts;
-    for (const Value &argument : arguments)
-        texts += plainText(argument);
-    return texts.join(QStringLiteral(", "));
 }
 
 // A field of a row of CSV.
@@ -127,11 +113,11 @@ void appendEvent(std::string *line, const Event &event, const StateWatch &state)
     append(line, event.name);
     if (event.isLink() || event.name == QLatin1String("keyEvent")) {
         *line += '(';
-        append(line, argumentText(event.arguments));
+        append(line, plainText(event.arguments));
         *line += ')';
     }
     const std::size_t end = line->size();
-    pad(line, call + kCallSize);
+    line->resize(std::max(end, call + kCallSize), ' ');
     const std::size_t meaning = line->size();
     appendMeaning(line, event, state);
     if (line->size() == meaning)
@@ -140,31 +126,14 @@ void appendEvent(std::string *line, const Event &event, const StateWatch &state)
 
 const char *kindName(LineItem::Kind kind)
 {
-    switch (kind) {
-    case LineItem::Frame:
-        return "frame";
-    case LineItem::BadChecksum:
-        return "bad checksum";
-    case LineItem::Incomplete:
-        return "incomplete frame";
-    case LineItem::GoodReceipt:
-        return "good receipt";
-    case LineItem::BadReceipt:
-        return "bad receipt";
-    case LineItem::Noise:
-        break;
-    }
-    return "noise";
+    constexpr const char *kNames[] = {"frame",        "bad checksum", "incomplete frame",
+                                      "good receipt", "bad receipt",  "noise"};
+    return kNames[kind];
 }
 
 bool isFrame(const LineItem &item)
 {
     return item.kind == LineItem::Frame || item.kind == LineItem::BadChecksum;
-}
-
-QString frameName(bool fromBox, quint8 dataType)
-{
-    return fromBox ? inboundName(dataType) : outboundName(dataType);
 }
 
 // A column of its own for the number would be empty in most rows.
@@ -194,17 +163,10 @@ void appendItem(std::string *line, bool fromBox, const LineItem &item)
             ", bad checksum " + typeText(item.received) + " instead of " + typeText(item.expected);
 }
 
-void add(JsonLine &json, const Value &value)
+void add(JsonLine &json, const Members &members)
 {
-    std::visit([&json](const auto &content) { json.value(content); }, value);
-}
-
-void add(JsonLine &json, const Reading &reading)
-{
-    if (reading.value)
-        add(json, *reading.value);
-    else
-        json.value(QVariant());
+    for (const auto &member : members)
+        json.member(member.first, member.second);
 }
 
 // A switch is 0 or 1, and no reading is an empty field.
@@ -390,13 +352,13 @@ void Printer::printJson(const Event &event)
 {
     beginJson(event.seconds).member("event", event.name).key("arguments").beginArray();
     for (const Value &argument : event.arguments)
-        add(mJson, argument);
+        mJson.value(argument);
     mJson.endArray().key("changes").beginObject();
     for (const Change &change : event.changes) {
         const Getter &row = getter(change.getter);
         const Reading after = row.reading(change.after, change.unitAfter);
-        add(mJson.key(row.name).beginObject().key("value"), after);
-        add(mJson.key("before"), row.reading(change.before, change.unitBefore));
+        mJson.key(row.name).beginObject().member("value", after.value);
+        mJson.member("before", row.reading(change.before, change.unitBefore).value);
         if (row.words.count > 0 || row.isQuantity())
             mJson.member("text", change.afterText());
         if (!after.unit.isEmpty())
@@ -430,7 +392,7 @@ void Printer::printCsv(const Event &event)
     beginRow(event.seconds, "service", isSignal ? "signal" : "event");
     appendField(&mLine, event.name);
     mLine += ',';
-    appendField(&mLine, argumentText(event.arguments));
+    appendField(&mLine, plainText(event.arguments));
     mLine += ',';
     endRow();
     for (const Change &change : event.changes) {
@@ -446,8 +408,7 @@ void Printer::printCsv(const Event &event)
     }
 }
 
-void Printer::note(double seconds, const char *source, const QString &text,
-                   const QVector<QPair<const char *, Value>> &members)
+void Printer::note(double seconds, const char *source, const QString &text, const Members &members)
 {
     if (mFormat == Text) {
         mLine.clear();
@@ -456,8 +417,7 @@ void Printer::note(double seconds, const char *source, const QString &text,
         put(mLine += '\n');
     } else if (mFormat == Json) {
         beginJson(seconds).member("event", source);
-        for (const auto &member : members)
-            add(mJson.key(member.first), member.second);
+        add(mJson, members);
         putBytes(mJson.end());
     }
 }
@@ -470,13 +430,12 @@ void Printer::heading(const QString &text, double seconds)
         putBytes(beginJson(seconds).member("say", text).end());
 }
 
-void Printer::outcome(const QString &text, const QVector<QPair<const char *, Value>> &members)
+void Printer::outcome(const QString &text, const Members &members)
 {
     if (mFormat != Json)
         return put(text);
     mJson.begin();
-    for (const auto &member : members)
-        add(mJson.key(member.first), member.second);
+    add(mJson, members);
     putBytes(mJson.end());
 }
 
@@ -506,8 +465,8 @@ void Printer::printText(const Summary &summary, double seconds)
 {
     put(std::string_view("\n"));
     put(QStringLiteral("After %1 s").arg(seconds, 0, 'f', 1));
-    printFrames("frames from the box", summary.fromBox, inboundName);
-    printFrames("frames to the box", summary.toBox, outboundName);
+    printFrames("frames from the box", summary.fromBox, true);
+    printFrames("frames to the box", summary.toBox, false);
     printCount(0, "good receipts to the box", summary.toBox.goodReceipts);
     printCount(0, "bad receipts to the box", summary.toBox.badReceipts);
     printCount(0, "bad checksums from the box", summary.fromBox.badChecksums);
@@ -524,11 +483,12 @@ void Printer::printText(const Summary &summary, double seconds)
         printCount(2, row.key(), row.value());
 }
 
-void Printer::printFrames(const char *what, const LineCounts &counts, QString (*nameOf)(quint8))
+void Printer::printFrames(const char *what, const LineCounts &counts, bool fromBox)
 {
     printCount(0, QLatin1String(what), counts.frameTotal());
     for (auto row = counts.frames.cbegin(); row != counts.frames.cend(); ++row)
-        printCount(2, hexByte(row.key()) + QLatin1Char(' ') + nameOf(row.key()), row.value());
+        printCount(2, hexByte(row.key()) + QLatin1Char(' ') + frameName(fromBox, row.key()),
+                   row.value());
 }
 
 void Printer::printCount(int indent, const QString &what, qint64 count)

@@ -13,6 +13,9 @@ QString climateLine(const StateWatch &state);
 /// An event in one line: the time, its name, and what it means or what changed with it.
 QString eventLine(const Event &event, const StateWatch &state);
 
+/// What a line of JSON has for a program.
+using Members = QVector<QPair<const char *, Value>>;
+
 class Printer
 {
 public:
@@ -41,12 +44,11 @@ public:
     /// Something on the line, with what it says where that is known.
     void print(bool fromBox, const LineItem &item, double seconds, const QString &meaning = {});
     /// Something else: \p text for a person, \p members for a program.
-    void note(double seconds, const char *source, const QString &text,
-              const QVector<QPair<const char *, Value>> &members);
+    void note(double seconds, const char *source, const QString &text, const Members &members);
     /// A heading between events.
     void heading(const QString &text, double seconds);
     /// An outcome: text for a person, and its members for a program.
-    void outcome(const QString &text, const QVector<QPair<const char *, Value>> &members);
+    void outcome(const QString &text, const Members &members);
     void print(const Summary &summary, double seconds);
     /// Further counts under a name.
     void print(const char *name, const QVector<QPair<QString, qint64>> &counts);
@@ -63,7 +65,7 @@ private:
     void beginRow(double seconds, const char *source, const char *kind);
     void endRow();
     void printText(const Summary &summary, double seconds);
-    void printFrames(const char *what, const LineCounts &counts, QString (*nameOf)(quint8));
+    void printFrames(const char *what, const LineCounts &counts, bool fromBox);
     void printCount(int indent, const QString &what, qint64 count);
     void printJson(const Summary &summary, double seconds);
     JsonLine &beginJson(double seconds);

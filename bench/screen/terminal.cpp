@@ -21,6 +21,7 @@ constexpr char kHome[] = "\033[H";
 constexpr char kClearToLineEnd[] = "\033[K"; // Before the text: behind a full line it would take
                                              // the last column away.
 constexpr char kClearToScreenEnd[] = "\033[J";
+constexpr const char *kStyles[] = {"", "\033[1m", "\033[2m", "\033[1;31m"};
 constexpr char kReset[] = "\033[0m";
 constexpr QChar kCut = 0x2026; // An ellipsis.
 
@@ -36,21 +37,6 @@ void giveBack(int number)
     [[maybe_unused]] const ssize_t count = write(STDOUT_FILENO, kLeave, sizeof kLeave - 1);
     tcsetattr(STDIN_FILENO, TCSANOW, &theBefore);
     static_cast<void>(raise(number)); // Its default action is in place again.
-}
-
-const char *escape(ScreenLine::Style style)
-{
-    switch (style) {
-    case ScreenLine::Title:
-        return "\033[1m";
-    case ScreenLine::Faint:
-        return "\033[2m";
-    case ScreenLine::Alarm:
-        return "\033[1;31m";
-    case ScreenLine::Plain:
-        break;
-    }
-    return "";
 }
 
 void put(const QByteArray &bytes)
@@ -153,7 +139,7 @@ void Terminal::draw()
     const int count = std::min(mLines.size(), room.height());
     for (int i = 0; i < count; ++i) {
         const ScreenLine &line = mLines.at(i);
-        const char *style = mColours ? escape(line.style) : "";
+        const char *style = mColours ? kStyles[line.style] : "";
         bytes += kClearToLineEnd;
         bytes += style + fitting(line.text, room.width()).toUtf8() + (*style ? kReset : "");
         // A line feed on the last line would scroll the screen.

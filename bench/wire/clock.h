@@ -15,6 +15,7 @@ public:
 
     qint64 microseconds() const { return nanoseconds() / 1000; }
     qint64 milliseconds() const { return nanoseconds() / 1'000'000; }
+    double seconds() const { return static_cast<double>(nanoseconds()) / 1e9; }
 };
 
 /// The system's monotonic clock, from the clock's making on.

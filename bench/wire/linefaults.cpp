@@ -1,8 +1,8 @@
 #include "bench/wire/linefaults.h"
 
+#include "bench/wire/named.h"
 #include "bench/wire/reports.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace bench {
@@ -60,21 +60,9 @@ QByteArray randomBytes(int size, FaultRandom &random)
 
 const FaultInfo &faultInfo(int index) { return kFaults[index]; }
 
-const FaultInfo *findFault(const QString &name)
-{
-    const auto *found =
-        std::find_if(std::begin(kFaults), std::end(kFaults),
-                     [&name](const FaultInfo &row) { return name == QLatin1String(row.name); });
-    return found == std::end(kFaults) ? nullptr : found;
-}
+const FaultInfo *findFault(const QString &name) { return findNamed(kFaults, name); }
 
-QStringList faultNames()
-{
-    QStringList names;
-    for (const FaultInfo &row : kFaults)
-        names += QLatin1String(row.name);
-    return names;
-}
+QStringList faultNames() { return namesOf(kFaults); }
 
 int FaultRandom::below(int limit)
 {

@@ -1,9 +1,6 @@
 #include "bench/wire/reports.h"
 
-#include <QStringList>
-
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <iterator>
 
@@ -15,21 +12,9 @@ namespace {
 constexpr int kTwoCodeModels[] = {1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 68,
                                   69, 76, 79, 82, 86, 92, 97, 98, 111, 112, 119};
 
-constexpr std::array<Place, kValueCount> kPlaces = [] {
-    std::array<Place, kValueCount> places{};
-    for (int index = 0; index < kValueCount; ++index)
-        places[static_cast<std::size_t>(index)] = placeOf(ValueId{index});
-    return places;
-}();
-
-const Place &place(ValueId id) { return kPlaces[static_cast<std::size_t>(id)]; }
-
-const Word *wordOf(const Field &field, int raw)
-{
-    const Word *word = std::find_if(field.words.begin(), field.words.end(),
-                                    [raw](const Word &row) { return row.raw == raw; });
-    return word == field.words.end() ? nullptr : word;
-}
+// Of every switch, beside its own.
+constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "1"},
+                                 {0, "off"}, {0, "false"}, {0, "0"}};
 
 bool isSwitch(const Field &field) { return field.words.count == 2 && field.high < 0; }
 
@@ -46,15 +31,24 @@ QString nameIn(const Rows &rows, quint8 dataType)
 
 std::optional<ValueId> findValue(const QString &name)
 {
-    for (int index = 0; index < kValueCount; ++index)
-        if (name == QLatin1String(fieldOf(ValueId{index}).name))
-            return ValueId{index};
-    return std::nullopt;
+    const int index = valueNames().indexOf(name);
+    return index < 0 ? std::nullopt : std::optional<ValueId>(ValueId{index});
 }
 
-const Field &fieldOf(ValueId id) { return *place(id).field; }
+QStringList valueNames()
+{
+    static const QStringList names = [] {
+        QStringList list;
+        for (const Report &report : kReports)
+            list += namesOf(report.fields);
+        return list;
+    }();
+    return names;
+}
 
-const Report &reportOf(ValueId id) { return *place(id).report; }
+const Field &fieldOf(ValueId id) { return *placeOf(id).field; }
+
+const Report &reportOf(ValueId id) { return *placeOf(id).report; }
 
 bool isReport(Inbound type, int size)
 {
@@ -62,9 +56,10 @@ bool isReport(Inbound type, int size)
     return report && (report->size == size || report->size == kAnySize);
 }
 
-QString inboundName(quint8 dataType) { return nameIn(kReports, dataType); }
-
-QString outboundName(quint8 dataType) { return nameIn(kCommands, dataType); }
+QString frameName(bool fromBox, quint8 dataType)
+{
+    return fromBox ? nameIn(kReports, dataType) : nameIn(kCommands, dataType);
+}
 
 QString hexByte(quint8 byte)
 {
@@ -105,8 +100,8 @@ QString numberText(double value) { return QString::number(std::round(value * 100
 
 QString valueText(const Field &field, int raw)
 {
-    if (const Word *word = wordOf(field, raw))
-        return QLatin1String(word->text);
+    if (const Word *word = wordOf(field.words, raw))
+        return QLatin1String(word->name);
     const QString text = numberText(field.value(raw));
     return *field.unit ? text + QLatin1Char(' ') + QString::fromUtf8(field.unit) : text;
 }
@@ -119,31 +114,24 @@ QString valueRange(const Field &field)
                      .arg(numberText(field.value(field.low)), numberText(field.value(field.high)),
                           QString::fromUtf8(field.unit))
                      .trimmed();
-    for (const Word &word : field.words)
-        parts += QLatin1String(word.text);
+    parts += namesOf(field.words);
     return parts.join(QLatin1String(", "));
 }
 
 bool parseValue(const Field &field, const QString &text, int *raw, QString *error)
 {
     for (const Word &word : field.words)
-        if (text.compare(QLatin1String(word.text), Qt::CaseInsensitive) == 0) {
+        if (text.compare(QLatin1String(word.name), Qt::CaseInsensitive) == 0) {
             *raw = word.raw;
             return true;
         }
     // A switch is on as its second word says, or its first if that is the word "on".
     if (isSwitch(field)) {
-        const bool isInverted = isSameText(field.words[0].text, "on");
-        for (const char *word : {"on", "true", "1"})
-            if (text == QLatin1String(word)) {
-                *raw = isInverted ? 0 : 1;
-                return true;
-            }
-        for (const char *word : {"off", "false", "0"})
-            if (text == QLatin1String(word)) {
-                *raw = isInverted ? 1 : 0;
-                return true;
-            }
+        const bool isInverted = isSameText(field.words[0].name, "on");
+        if (const Word *word = findNamed(kSwitchWords, text)) {
+            *raw = isInverted ? 1 - word->raw : word->raw;
+            return true;
+        }
     }
     bool isNumber = false;
     const double value = text.toDouble(&isNumber);

@@ -5,10 +5,8 @@
 // names, checks, damages or compares reports asks these rows; a new report is a new row.
 #pragma once
 
-#include "bench/wire/span.h"
+#include "bench/wire/named.h"
 #include "protocol/frame.h"
-
-#include <QString>
 
 #include <optional>
 
@@ -16,13 +14,6 @@ namespace bench {
 
 using canbox::Inbound;
 using canbox::Outbound;
-
-/// A word that stands for a raw value.
-struct Word
-{
-    int raw;
-    const char *text;
-};
 
 /// One value of a report. A value is kept as the raw number that goes over the wire; what a person
 /// reads and writes is `offset + raw * scale` in the unit, or a word.
@@ -285,6 +276,8 @@ constexpr ValueId valueId(const char *name)
 
 /// The value of a name that a person gave.
 std::optional<ValueId> findValue(const QString &name);
+/// Of all values.
+QStringList valueNames();
 
 const Field &fieldOf(ValueId id);
 const Report &reportOf(ValueId id);
@@ -301,10 +294,9 @@ constexpr const Report *findReport(Inbound type)
 /// Whether the service knows frames of this type and payload size.
 bool isReport(Inbound type, int size);
 
-/// "climate" for 0x21; "unknown" for a data type that the box does not send.
-QString inboundName(quint8 dataType);
-/// "climate command" for 0xC6; "unknown" for a data type that the service does not send.
-QString outboundName(quint8 dataType);
+/// "climate" for 0x21 from the box, "climate command" for 0xC6 to it; "unknown" for a data type
+/// that is not sent there.
+QString frameName(bool fromBox, quint8 dataType);
 /// `0x21`.
 QString hexByte(quint8 byte);
 

@@ -14,7 +14,7 @@ void writeWords(Span<Word> words)
 {
     std::printf("{");
     for (const Word &word : words)
-        std::printf("[%d] = \"%s\", ", word.raw, word.text);
+        std::printf("[%d] = \"%s\", ", word.raw, word.name);
     std::printf("}");
 }
 
