@@ -8,6 +8,7 @@
 
 #include <QSignalSpy>
 
+#include <climits>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -16,6 +17,12 @@
 inline QString exact(float value) { return QString::number(double(value), 'g', 9); }
 
 inline void selectCar(int model) { CanBusManager::instance()->setCarModelId(model); }
+
+/// Ids as people write them: "14 16-17 22".
+QVector<int> ids(const QString &text);
+
+/// Every model that a list could hold, and some that none can.
+inline const QVector<int> kModels = ids("0-128 200 65537") + QVector<int>{-1, -5, INT_MIN, INT_MAX};
 
 /// One service, and everything that it writes and signals, in order.
 ///

@@ -131,7 +131,9 @@ private slots:
         life.receive(hex("2e25"));
         life.clock.pass(5000); // Of themselves the bytes may wait.
         life.receive(hex("01"));
-        life.clock.pass(499);
+        life.clock.pass(250);
+        life.receive(hex("0200 2e2502")); // Bad bytes put off nothing, nor do new ones.
+        life.clock.pass(249);
         QCOMPARE(life.test.probe.parseState, 4);
         life.clock.pass(27);
         QCOMPARE(life.receive(kUnknown), kTaken);
