@@ -1,5 +1,5 @@
 // The timer that notes its restarts instead of making them, beside a QTimer of the same interval.
-#include "virtualclock.h"
+#include "servicetest.h"
 
 #include "plugin/lazytimer.h"
 
@@ -29,7 +29,7 @@ struct Timer : LazyTimer
 /// How long timers of one kind run, least and most, in ms. One is started in each hundredth of a
 /// second, because its place there says how coarse it is, and restarted with the others.
 template <typename AnyTimer>
-std::pair<int, int> spreadOf(int interval, int restarts, VirtualClock &clock)
+std::pair<int, int> spreadOf(int interval, int restarts, TestTime &clock)
 {
     std::array<AnyTimer, 100> timers;
     int now = 0;
@@ -68,7 +68,7 @@ private slots:
     void isNoEarlierAndNoLaterThanACoarseTimer()
     {
         QFETCH(int, interval);
-        VirtualClock clock;
+        TestTime clock;
         const auto [least, most] = spreadOf<QTimer>(interval, 0, clock);
         QVERIFY(least > 0 && least < interval && most > interval);
         for (int restarts = 0; restarts <= (interval > 10000 ? 4 : 0); ++restarts) {
@@ -81,7 +81,7 @@ private slots:
 
     void stopsAndStarts()
     {
-        VirtualClock clock;
+        TestTime clock;
         Timer timer;
         QCOMPARE(timer.remainingTime(), -1);
         timer.start(40);
@@ -105,7 +105,7 @@ private slots:
 
     void restartPostpones()
     {
-        VirtualClock clock;
+        TestTime clock;
         Timer timer;
         timer.start(100);
         for (int restart = 0; restart < 20; ++restart) {
@@ -122,7 +122,7 @@ private slots:
     void intervalMayShrink()
     {
         for (const bool stopped : {false, true}) {
-            VirtualClock clock;
+            TestTime clock;
             Timer timer;
             timer.start(60000);
             if (stopped)
@@ -135,7 +135,7 @@ private slots:
 
     void slotMayDeleteTheTimer()
     {
-        VirtualClock clock;
+        TestTime clock;
         auto *timer = new LazyTimer;
         QPointer<LazyTimer> watch = timer;
         connect(timer, &QTimer::timeout, this, [timer] { delete timer; });

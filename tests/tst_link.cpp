@@ -1,7 +1,6 @@
 // The supervision of the link in time, which is set by hand: what goes out when, and when the host
 // is told what. The states are walked elsewhere.
 #include "servicetest.h"
-#include "virtualclock.h"
 
 namespace {
 
@@ -38,7 +37,7 @@ struct Life
         return waited < due - slack ? QString("after %1 ms").arg(waited) : test.taken();
     }
 
-    VirtualClock clock;
+    TestTime clock;
     ServiceTest test;
 };
 
@@ -165,7 +164,7 @@ private slots:
             Life life;
             life.receive(kVersion);
             life.clock.pass(awake);
-            life.clock.skip(40000);
+            life.clock.skip(40000000);
             if (!bytesFirst)
                 life.clock.pass(2);
             life.test.receive(kVersion);
