@@ -50,18 +50,13 @@ class LinkTest : public QObject
 private slots:
     void initTestCase() { CanBusManager::instance()->setHwdCarModelIndex(0x1234); }
 
-    void nothingGoesOutBeforeTheStart()
+    void knocksFromTheStartUntilTheBoxAnswers()
     {
         QSignalSpy written(canservice::SerialMonitor::instance(),
                            &canservice::SerialMonitor::written);
         Life life;
         QCOMPARE(life.after(60000), QString());
         QCOMPARE(written.size(), 0);
-    }
-
-    void knocksUntilTheBoxAnswers()
-    {
-        Life life;
         life.test.service.start();
         QCOMPARE(life.test.taken(), kStart);
         for (int knock = 0; knock < 5; ++knock)
