@@ -2,6 +2,7 @@
 // both.
 #include "hosttest.h"
 
+#include "bench/language/closestname.h"
 #include "bench/language/parser.h"
 #include "bench/screen/viewkeys.h"
 
@@ -75,6 +76,36 @@ const struct
     {"a text with a number", QStringLiteral("3km/h"), "== 3km/h|== 3|< 4", "!= 3|== 30|> 3"},
     {"a text without reading", QStringLiteral("--"), "== none|== --|!= 3", "== 3|> 0"},
     {"no text", QString(), "== \"\"", "!= \"\""},
+};
+
+// The keys of the climate by name, and the getter that shows what each press does to the car.
+const struct
+{
+    const char *key, *getter, *states;
+} kClimateKeys[] = {
+    {"ac", "ac", "on off"},
+    {"auto", "auto", "off on"},
+    {"rear_defrost", "rear_defrost", "on off"},
+    {"front_defrost", "front_defrost", "on off"},
+    {"inside_air", "inside_air", "on off"},
+    {"max", "max", "on off"},
+    {"dual", "dual", "off on"},
+    {"left_seat_heat", "left_seat", "heat1 heat2 heat3 off"},
+    {"left_seat_air", "left_seat", "vent1 vent2 vent3 off"},
+    {"right_seat_heat", "right_seat", "heat1 heat2 heat3 off heat1"},
+    {"right_seat_air", "right_seat", "vent1 vent2 vent3 off"},
+    {"left_seat_heat", "left_seat", "heat1"},
+    {"left_seat_air", "left_seat", "vent1"},
+    {"wheel_heat", "wheel_heat", "on off"},
+    {"rear", "rear", "on off"},
+    {"fan_up", "fan", "4 5 6 7 7"},
+    {"fan_down", "fan", "6 5 4 3 2 1 0 0"},
+    {"left_warmer", "left", "22"},
+    {"left_cooler", "left", "21.5 21"},
+    {"right_warmer", "right", "22.5"},
+    {"right_cooler", "right", "22 21.5"},
+    {"blowing_mode", "mode", "2 3 7 5 1 2"},
+    {"power", "power", "off on"},
 };
 
 // What follows a start with a link; the exit code, and the message after the file's name.
@@ -215,6 +246,55 @@ private slots:
             QVERIFY2(check(text), text);
         for (const QByteArray &text : QByteArray(row.unmet).split('|'))
             QVERIFY2(!check(text), text);
+    }
+
+    void climateKeysReachTheCar()
+    {
+        QByteArray text = "model 1\nstart\nexpect link == 3 within 2s\n";
+        for (const auto &row : kClimateKeys)
+            for (const QByteArray &state : QByteArray(row.states).split(' '))
+                text += QByteArray("call climate_key ") + row.key + "\nexpect climate." +
+                        row.getter + " == " + state + " within 2s\n";
+        const Outcome play = run(CANBENCH, {"play", "--speed", "10",
+                                            writeFile(mDirectory.filePath("keys.scenario"), text)});
+        QCOMPARE(play.errors, QByteArray());
+        QCOMPARE(play.code, 0);
+    }
+
+    // Of letters that are missing, too many, other, or in another order; of nothing else.
+    void suggestsTheClosestName()
+    {
+        const QStringList names{"expect", "except", "set", "wait", "Ramp"};
+        const struct
+        {
+            const char *slip, *meant;
+        } rows[] = {
+            {"expct", "expect"},
+            {"expectt", "expect"},
+            {"expeXt", "expect"},
+            {"epxect", "expect"},
+            {"exepct", "expect"},
+            {"xcept", "except"},
+            {"exceptt", "except"},
+            {"ste", "set"},
+            {"est", "set"},
+            {"wiat", "wait"},
+            {"ramp", "Ramp"},
+            {"wXYt", ""},
+            {"st", "set"},
+            {"XX", ""},
+            {"", ""},
+            {"rXYm", ""},
+        };
+        for (const auto &row : rows)
+            QCOMPARE(didYouMean(row.slip, names),
+                     *row.meant ? QString("; did you mean '%1'?").arg(row.meant) : QString());
+        QCOMPARE(editDistance("kitten", "sitting"), 3);
+        QCOMPARE(editDistance("ca", "abc"), 3); // A pair that changed places stays together.
+        QCOMPARE(editDistance("", "abc"), 3);
+        QCOMPARE(didYouMean(QString(64, 'x'), {QString(63, 'x')}),
+                 "; did you mean '" + QString(63, 'x') + "'?");
+        QCOMPARE(didYouMean(QString(65, 'x'), {QString(65, 'x')}), QString());
     }
 
     void canbenchTellsHowItEnded_data() { addRows(kEndings); }
