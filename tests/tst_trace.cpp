@@ -219,6 +219,7 @@ private slots:
 
     void recordsWhatThePortsCarry()
     {
+        const qint64 begin = QDateTime::currentMSecsSinceEpoch();
         TraceRecorder recorder;
         QCOMPARE(recorder.start({mFile, {}, true}, "the box", {22, 7}), QString());
         recorder.watchPorts();
@@ -245,7 +246,7 @@ private slots:
         QVERIFY(reader.car() && reader.car()->model == 22 && reader.car()->index == 7);
         QCOMPARE(directions, QByteArray("RTRR"));
         QCOMPARE(bytes, hex("2eff") + kLongest + hex("2a"));
-        QVERIFY(qAbs(last / 1000 - QDateTime::currentMSecsSinceEpoch()) < 60'000);
+        QVERIFY(begin <= last / 1000 && last / 1000 <= QDateTime::currentMSecsSinceEpoch());
 
         TraceRecorder full;
         QCOMPARE(full.start({"/dev/full", {}}, "box", {}), QString());
