@@ -98,9 +98,9 @@ private slots:
     {
         ServiceTest test;
         const LogCapture log;
-        test.service.onRadioSourceInformation("FM1", {"87.50MHz"}, 0);
-        QCOMPARE(log.items().join('\n'), "ttttttttttttttt \"FM1\" (\"87.50MHz\") 0\n"
-                                         "src type--> 0\n0 46 34\nsrc type--> 0");
+        test.service.onRadioSourceInformation("FM4", {"87.50MHz"}, 0); // No band's name.
+        QCOMPARE(log.items().join('\n'), "ttttttttttttttt \"FM4\" (\"87.50MHz\") 0\n"
+                                         "src type--> 0\n0 87 0\nsrc type--> 0");
     }
 
     void clock_data() { addRows(kTimes); }
