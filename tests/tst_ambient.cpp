@@ -47,32 +47,26 @@ class AmbientTest : public QObject
     Q_OBJECT
 
 private slots:
-    void palettes_data()
+    void everyModelHasItsPalette()
     {
-        QTest::addColumn<int>("model");
-        for (const int model : {-1, 0, 5, 96, 97, 98, 99, 100, 101, 102, 103, 225, 65633})
-            QTest::addRow("model %d", model) << model;
-    }
-    void palettes()
-    {
-        QFETCH(int, model);
-        const auto &indexOfCode = model >= 97 && model <= 102 ? kOwn : kCommon;
-        selectCar(model);
-        ServiceTest test;
-        for (int byte = 0; byte < 256; ++byte) {
-            const QByteArray payload = QByteArray(1, static_cast<char>(byte)) + '\x3e';
-            QCOMPARE(test.dispatch(0x61, payload), "sigAmbientChanged");
-            const int code = byte & 0x7F; // Bit 7 does not matter.
-            const int index = code < 8 ? indexOfCode[code] : 0;
-            QCOMPARE(ambientOf(test), QString::asprintf("%d 12", index));
-        }
-        for (int code = 0; code < 8; ++code) {
-            QCOMPARE(test.service.sendCarSettingKey(5, indexOfCode[code]), 0);
-            QCOMPARE(test.taken(), kFrameOfCode[code]);
-        }
-        for (const int index : {8, -1, 255, 256, 263, INT_MIN, INT_MAX}) {
-            QCOMPARE(test.service.sendCarSettingKey(5, index), 0);
-            QCOMPARE(test.taken(), kFrameOfCode[0]);
+        for (const int model : kModels) {
+            const auto &indexOfCode = model >= 97 && model <= 102 ? kOwn : kCommon;
+            selectCar(model);
+            ServiceTest test;
+            for (int byte = 0; byte < 256; ++byte) {
+                const QByteArray payload = QByteArray(1, static_cast<char>(byte)) + '\x3e';
+                QCOMPARE(test.dispatch(0x61, payload), "sigAmbientChanged");
+                const int code = byte & 0x7F; // Bit 7 does not matter.
+                const int index = code < 8 ? indexOfCode[code] : 0;
+                QVERIFY2(ambientOf(test) == QString::asprintf("%d 12", index),
+                         QByteArray::number(model));
+            }
+            for (int key = 0; key < 15; ++key) {
+                constexpr int kNone[] = {8, -1, 255, 256, 263, INT_MIN, INT_MAX};
+                const int index = key < 8 ? indexOfCode[key] : kNone[key - 8];
+                QCOMPARE(test.service.sendCarSettingKey(5, index), 0);
+                QCOMPARE(test.taken(), kFrameOfCode[key < 8 ? key : 0]);
+            }
         }
     }
 

@@ -39,52 +39,31 @@ const struct
 
 const QString kTaken("ff !, notifyCanbusStatus 3");
 
-// What frames leave behind.
-struct State
-{
-    explicit State(ServiceTest &test)
-        : key(test.probe.currentKey)
-    {
-        for (int index = 0; index < bench::getterCount(); ++index)
-            shown += bench::getter(index).read(test.service);
-    }
-    bool operator==(const State &other) const { return shown == other.shown && key == other.key; }
+using State = QVector<bench::Value>;
 
-    QVector<bench::Value> shown;
-    const int key;
-};
+// What frames leave behind: in the parser, of keys, and to be read.
+State stateOf(ServiceTest &test)
+{
+    State state{test.probe.parseState, test.probe.parseOut.isActive(), test.probe.currentKey};
+    for (int index = 0; index < bench::getterCount(); ++index)
+        state += bench::getter(index).read(test.service);
+    return state;
+}
 
 // What a host sees and has of chunks, whose port reads while it writes and whose slots run event
 // loops: from one event on, each lets the next chunk in.
-struct Outcome
+std::pair<QStringList, State> outcomeOf(const QList<QByteArray> &chunks, int firstEvent = INT_MAX)
 {
-    Outcome(const QList<QByteArray> &chunks, int firstEvent)
-    {
-        const LogCapture silence(false);
-        ServiceTest test;
-        int next = 0;
-        test.afterEvent = [&] {
-            if (test.journal.size() > firstEvent && next < chunks.size())
-                test.receive(chunks.at(next++));
-        };
-        while (next < chunks.size())
+    const LogCapture silence(false);
+    ServiceTest test;
+    int next = 0;
+    test.afterEvent = [&] {
+        if (test.journal.size() > firstEvent && next < chunks.size())
             test.receive(chunks.at(next++));
-        journal = test.journal;
-        state = std::make_unique<State>(test);
-        complete = test.probe.parseState == 0 && !test.probe.parseOut.isActive();
-    }
-
-    QStringList journal;
-    std::unique_ptr<State> state;
-    bool complete;
-};
-constexpr int kNever = INT_MAX;
-
-void compare(const Outcome &awkward, const Outcome &plain)
-{
-    QCOMPARE(awkward.journal, plain.journal);
-    QVERIFY(*awkward.state == *plain.state);
-    QVERIFY(awkward.complete && plain.complete);
+    };
+    while (next < chunks.size())
+        test.receive(chunks.at(next++));
+    return {test.journal, stateOf(test)};
 }
 
 QList<QByteArray> cut(const QByteArray &stream, int size)
@@ -110,7 +89,7 @@ private slots:
         ServiceTest test;
         test.service.start();
         test.take();
-        const State before(test);
+        const State before = stateOf(test);
         for (int place = 0; place < frame.size(); ++place) {
             for (int change = 1; change < 256; ++change) {
                 QByteArray corrupt = frame;
@@ -119,12 +98,12 @@ private slots:
                 test.timeout("onmParseOutTmrout"); // A length may wait for bytes that do not come.
                 const QByteArray what = corrupt.toHex(' ');
                 QVERIFY2(QStringList({"", "f0 !"}).contains(test.taken()), what);
-                QVERIFY2(State(test) == before, what);
+                QVERIFY2(stateOf(test) == before, what);
             }
         }
         test.receive(frame);
         QCOMPARE(test.taken(), kTaken + ", " + currentRow(kFrames).effect);
-        QVERIFY(!(State(test) == before));
+        QVERIFY(!(stateOf(test) == before));
     }
 
     void wrongLengthChangesNothing()
@@ -134,19 +113,21 @@ private slots:
             const QByteArray other = hex(row.other);
             ServiceTest test;
             test.receive(hex(row.frame));
-            const State before(test);
+            const State before = stateOf(test);
             if (!row.other)
                 continue;
             for (const QByteArray &payload :
                  {other.chopped(1), other + '\0', other + other, QByteArray(255, '\x55')}) {
                 const LogCapture log(false);
                 QCOMPARE(test.dispatch(type, payload), "");
-                QVERIFY(State(test) == before);
+                QVERIFY(stateOf(test) == before);
                 QCOMPARE(log.items(), QStringList("")); // One line, without a word.
                 const LogCapture::Line &line = log.lines().front();
                 QVERIFY(line.type == QtCriticalMsg && line.text.startsWith("[ERR] "));
                 QVERIFY(line.function.contains(QByteArray("SimpleService::") + row.name + '('));
             }
+            test.dispatch(type, other); // Which would have made a difference.
+            QVERIFY(stateOf(test) != before);
         }
     }
 
@@ -161,10 +142,14 @@ private slots:
             if (row.other)
                 stream += canbox::buildFrame(canbox::byteAt(frame, 1), hex(row.other)) + frame;
         }
-        const Outcome plain({stream}, kNever);
-        for (const int size : {1, 2, 3, 7, 15, 40, stream.size()})
-            for (int event = 0; event < plain.journal.size(); ++event)
-                compare(Outcome(cut(stream, size), event), plain);
+        const auto [events, state] = outcomeOf({stream});
+        for (const int size : {1, 2, 3, 7, 15, 40, stream.size()}) {
+            for (int event = 0; event < events.size(); ++event) {
+                const auto nested = outcomeOf(cut(stream, size), event);
+                QCOMPARE(nested.first, events);
+                QVERIFY(nested.second == state);
+            }
+        }
     }
 
     void everySignalMayAskForTheEnd()
