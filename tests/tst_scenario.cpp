@@ -52,6 +52,7 @@ const struct
     {"a second start", "start\nstart", 1, "'stop' it before"},
     {"a call before the start", "call unit pressure", 1, "'start' it before"},
     {"a plug that is in", "plug", 1, "'unplug' it before"},
+    {"a plug that is out", "unplug\nunplug", 1, "'plug' it"},
     {"an unknown operation", "start\ncall clok 2025-01-01 10:00", 6, "did you mean 'clock'"},
     {"a day that is not in the calendar", "start\ncall clock 2025-02-30 10:00", 12, "a date"},
     {"a fault with a slip", "fault bitflip", 7, "did you mean 'bit-flip'"},
@@ -78,34 +79,40 @@ const struct
     {"no text", QString(), "== \"\"", "!= \"\""},
 };
 
-// The keys of the climate by name, and the getter that shows what each press does to the car.
+// What the host can tell the car, and the getter that shows what each call does.
 const struct
 {
-    const char *key, *getter, *states;
-} kClimateKeys[] = {
-    {"ac", "ac", "on off"},
-    {"auto", "auto", "off on"},
-    {"rear_defrost", "rear_defrost", "on off"},
-    {"front_defrost", "front_defrost", "on off"},
-    {"inside_air", "inside_air", "on off"},
-    {"max", "max", "on off"},
-    {"dual", "dual", "off on"},
-    {"left_seat_heat", "left_seat", "heat1 heat2 heat3 off"},
-    {"left_seat_air", "left_seat", "vent1 vent2 vent3 off"},
-    {"right_seat_heat", "right_seat", "heat1 heat2 heat3 off heat1"},
-    {"right_seat_air", "right_seat", "vent1 vent2 vent3 off"},
-    {"left_seat_heat", "left_seat", "heat1"},
-    {"left_seat_air", "left_seat", "vent1"},
-    {"wheel_heat", "wheel_heat", "on off"},
-    {"rear", "rear", "on off"},
-    {"fan_up", "fan", "4 5 6 7 7"},
-    {"fan_down", "fan", "6 5 4 3 2 1 0 0"},
-    {"left_warmer", "left", "22"},
-    {"left_cooler", "left", "21.5 21"},
-    {"right_warmer", "right", "22.5"},
-    {"right_cooler", "right", "22 21.5"},
-    {"blowing_mode", "mode", "2 3 7 5 1 2"},
-    {"power", "power", "off on"},
+    const char *call, *getter, *states;
+} kCalls[] = {
+    {"climate_key ac", "climate.ac", "on off"},
+    {"climate_key auto", "climate.auto", "off on"},
+    {"climate_key rear_defrost", "climate.rear_defrost", "on off"},
+    {"climate_key front_defrost", "climate.front_defrost", "on off"},
+    {"climate_key inside_air", "climate.inside_air", "on off"},
+    {"climate_key max", "climate.max", "on off"},
+    {"climate_key dual", "climate.dual", "off on"},
+    {"climate_key left_seat_heat", "climate.left_seat", "heat1 heat2 heat3 off"},
+    {"climate_key left_seat_air", "climate.left_seat", "vent1 vent2 vent3 off"},
+    {"climate_key right_seat_heat", "climate.right_seat", "heat1 heat2 heat3 off heat1"},
+    {"climate_key right_seat_air", "climate.right_seat", "vent1 vent2 vent3 off"},
+    {"climate_key left_seat_heat", "climate.left_seat", "heat1"},
+    {"climate_key left_seat_air", "climate.left_seat", "vent1"},
+    {"climate_key wheel_heat", "climate.wheel_heat", "on off"},
+    {"climate_key rear", "climate.rear", "on off"},
+    {"climate_key fan_up", "climate.fan", "4 5 6 7 7"},
+    {"climate_key fan_down", "climate.fan", "6 5 4 3 2 1 0 0"},
+    {"climate_key left_warmer", "climate.left", "22"},
+    {"climate_key left_cooler", "climate.left", "21.5 21"},
+    {"climate_key right_warmer", "climate.right", "22.5"},
+    {"climate_key right_cooler", "climate.right", "22 21.5"},
+    {"climate_key blowing_mode", "climate.mode", "2 3 7 5 1 2"},
+    {"climate_key power", "climate.power", "off on"},
+    {"car_setting ambient_level 1", "ambient.level", "11 12"},
+    {"car_setting ambient_level -1", "ambient.level", "11 10"},
+    {"car_setting ambient_colour 3", "ambient.colour", "3"},
+    {"car_setting ambient_colour next", "ambient.colour", "4 5 6 7 0"},
+    {"unit pressure", "unit.pressure", "bar psi kpa"},
+    {"unit temperature", "unit.temperature", "fahrenheit celsius"},
 };
 
 // What follows a start with a link; the exit code, and the message after the file's name.
@@ -248,13 +255,13 @@ private slots:
             QVERIFY2(!check(text), text);
     }
 
-    void climateKeysReachTheCar()
+    void callsReachTheCar()
     {
         QByteArray text = "model 1\nstart\nexpect link == 3 within 2s\n";
-        for (const auto &row : kClimateKeys)
+        for (const auto &row : kCalls)
             for (const QByteArray &state : QByteArray(row.states).split(' '))
-                text += QByteArray("call climate_key ") + row.key + "\nexpect climate." +
-                        row.getter + " == " + state + " within 2s\n";
+                text += QByteArray("call ") + row.call + "\nexpect " + row.getter + " == " + state +
+                        " within 2s\n";
         const Outcome play = run(CANBENCH, {"play", "--speed", "10",
                                             writeFile(mDirectory.filePath("keys.scenario"), text)});
         QCOMPARE(play.errors, QByteArray());
