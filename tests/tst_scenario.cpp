@@ -79,40 +79,47 @@ const struct
     {"no text", QString(), "== \"\"", "!= \"\""},
 };
 
-// What the host can tell the car, and the getter that shows what each call does.
+// What changes the car, by the host and by the bench, and the getter that shows what each time
+// does.
 const struct
 {
-    const char *call, *getter, *states;
-} kCalls[] = {
-    {"climate_key ac", "climate.ac", "on off"},
-    {"climate_key auto", "climate.auto", "off on"},
-    {"climate_key rear_defrost", "climate.rear_defrost", "on off"},
-    {"climate_key front_defrost", "climate.front_defrost", "on off"},
-    {"climate_key inside_air", "climate.inside_air", "on off"},
-    {"climate_key max", "climate.max", "on off"},
-    {"climate_key dual", "climate.dual", "off on"},
-    {"climate_key left_seat_heat", "climate.left_seat", "heat1 heat2 heat3 off"},
-    {"climate_key left_seat_air", "climate.left_seat", "vent1 vent2 vent3 off"},
-    {"climate_key right_seat_heat", "climate.right_seat", "heat1 heat2 heat3 off heat1"},
-    {"climate_key right_seat_air", "climate.right_seat", "vent1 vent2 vent3 off"},
-    {"climate_key left_seat_heat", "climate.left_seat", "heat1"},
-    {"climate_key left_seat_air", "climate.left_seat", "vent1"},
-    {"climate_key wheel_heat", "climate.wheel_heat", "on off"},
-    {"climate_key rear", "climate.rear", "on off"},
-    {"climate_key fan_up", "climate.fan", "4 5 6 7 7"},
-    {"climate_key fan_down", "climate.fan", "6 5 4 3 2 1 0 0"},
-    {"climate_key left_warmer", "climate.left", "22"},
-    {"climate_key left_cooler", "climate.left", "21.5 21"},
-    {"climate_key right_warmer", "climate.right", "22.5"},
-    {"climate_key right_cooler", "climate.right", "22 21.5"},
-    {"climate_key blowing_mode", "climate.mode", "2 3 7 5 1 2"},
-    {"climate_key power", "climate.power", "off on"},
-    {"car_setting ambient_level 1", "ambient.level", "11 12"},
-    {"car_setting ambient_level -1", "ambient.level", "11 10"},
-    {"car_setting ambient_colour 3", "ambient.colour", "3"},
-    {"car_setting ambient_colour next", "ambient.colour", "4 5 6 7 0"},
-    {"unit pressure", "unit.pressure", "bar psi kpa"},
-    {"unit temperature", "unit.temperature", "fahrenheit celsius"},
+    const char *step, *getter, *states;
+} kChanges[] = {
+    {"call climate_key ac", "climate.ac", "on off"},
+    {"call climate_key auto", "climate.auto", "off on"},
+    {"call climate_key rear_defrost", "climate.rear_defrost", "on off"},
+    {"call climate_key front_defrost", "climate.front_defrost", "on off"},
+    {"call climate_key inside_air", "climate.inside_air", "on off"},
+    {"call climate_key max", "climate.max", "on off"},
+    {"call climate_key dual", "climate.dual", "off on"},
+    {"call climate_key left_seat_heat", "climate.left_seat", "heat1 heat2 heat3 off"},
+    {"call climate_key left_seat_air", "climate.left_seat", "vent1 vent2 vent3 off"},
+    {"call climate_key right_seat_heat", "climate.right_seat", "heat1 heat2 heat3 off heat1"},
+    {"call climate_key right_seat_air", "climate.right_seat", "vent1 vent2 vent3 off"},
+    {"call climate_key left_seat_heat", "climate.left_seat", "heat1"},
+    {"call climate_key left_seat_air", "climate.left_seat", "vent1"},
+    {"call climate_key wheel_heat", "climate.wheel_heat", "on off"},
+    {"call climate_key rear", "climate.rear", "on off"},
+    {"call climate_key fan_up", "climate.fan", "4 5 6 7 7"},
+    {"call climate_key fan_down", "climate.fan", "6 5 4 3 2 1 0 0"},
+    {"call climate_key left_warmer", "climate.left", "22"},
+    {"call climate_key left_cooler", "climate.left", "21.5 21"},
+    {"call climate_key right_warmer", "climate.right", "22.5"},
+    {"call climate_key right_cooler", "climate.right", "22 21.5"},
+    {"call climate_key blowing_mode", "climate.mode", "2 3 7 5 1 2"},
+    {"call climate_key power", "climate.power", "off on"},
+    {"call car_setting ambient_level 1", "ambient.level", "11 12"},
+    {"call car_setting ambient_level -1", "ambient.level", "11 10"},
+    {"call car_setting ambient_colour 3", "ambient.colour", "3"},
+    {"call car_setting ambient_colour next", "ambient.colour", "4 5 6 7 0"},
+    {"call unit pressure", "unit.pressure", "bar psi kpa"},
+    {"call unit temperature", "unit.temperature", "fahrenheit celsius"},
+    {"set climate.left 15.5", "climate.left", "15.5"},
+    {"change climate.left by -0.5", "climate.left", "15.5"},
+    {"change climate.left by 14", "climate.left", "29.5 low 15.5"},
+    {"set radar.rear.left none", "radar.rear.left", "255"},
+    {"toggle door.rear", "door.rear", "open closed open"},
+    {"ramp drive.speed to 90 over 1s", "drive.speed", "90"},
 };
 
 // What follows a start with a link; the exit code, and the message after the file's name.
@@ -255,12 +262,12 @@ private slots:
             QVERIFY2(!check(text), text);
     }
 
-    void callsReachTheCar()
+    void stepsReachTheCar()
     {
         QByteArray text = "model 1\nstart\nexpect link == 3 within 2s\n";
-        for (const auto &row : kCalls)
+        for (const auto &row : kChanges)
             for (const QByteArray &state : QByteArray(row.states).split(' '))
-                text += QByteArray("call ") + row.call + "\nexpect " + row.getter + " == " + state +
+                text += QByteArray(row.step) + "\nexpect " + row.getter + " == " + state +
                         " within 2s\n";
         const Outcome play = run(CANBENCH, {"play", "--speed", "10",
                                             writeFile(mDirectory.filePath("keys.scenario"), text)});
