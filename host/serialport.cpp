@@ -85,6 +85,7 @@ SerialMonitor *SerialMonitor::instance()
 SerialPort::SerialPort(QObject *parent)
     : QObject(parent)
     , mDevice(std::make_unique<QSerialPort>())
+    , mProcess(getpid())
 {
     mDevice->setDataBits(QSerialPort::Data8);
     mDevice->setParity(QSerialPort::NoParity);
@@ -98,7 +99,12 @@ SerialPort::SerialPort(QObject *parent)
     connect(&mRetryTmr, &QTimer::timeout, this, &SerialPort::retry);
 }
 
-SerialPort::~SerialPort() = default;
+// A child that was forked would take the lock file with it, and the line's settings.
+SerialPort::~SerialPort()
+{
+    if (mProcess != getpid())
+        static_cast<void>(mDevice.release());
+}
 
 void SerialPort::setDefaultDevice(const QString &device) { theDefaultDevice() = device; }
 

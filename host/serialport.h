@@ -44,7 +44,7 @@ class CANSERVICE_EXPORT SerialPort : public QObject
 
 public:
     explicit SerialPort(QObject *parent = nullptr); ///< A closed port.
-    ~SerialPort() override;                         ///< Closes the device.
+    ~SerialPort() override; ///< Closes the device, but in a child of the process that opened it.
 
     /// The device that open() takes for an empty name. Empty by default: no device.
     static void setDefaultDevice(const QString &device);
@@ -71,12 +71,13 @@ private:
     void reportFailure(const QString &reason);
 
     QString mPath;
-    const std::unique_ptr<QSerialPort> mDevice;
+    std::unique_ptr<QSerialPort> mDevice;
     QTimer mRetryTmr;
     bool mStalled = false;
+    const qintptr mProcess; // Its number.
     // A service holds its port by value, and the library that it meets may be another than the one
     // that it is built with: room for a port with more members.
-    [[maybe_unused]] void *mRoom[23];
+    [[maybe_unused]] void *mRoom[22];
 };
 
 } // namespace canservice

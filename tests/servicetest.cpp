@@ -2,6 +2,17 @@
 
 #include <QLoggingCategory>
 
+QVector<int> ids(const QString &text)
+{
+    QVector<int> found;
+    for (const QString &range : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const int last = range.section(QLatin1Char('-'), -1).toInt();
+        for (int id = range.section(QLatin1Char('-'), 0, 0).toInt(); id <= last; ++id)
+            found << id;
+    }
+    return found;
+}
+
 ServiceTest::ServiceTest()
 {
     QObject::connect(canservice::SerialMonitor::instance(), &canservice::SerialMonitor::written,

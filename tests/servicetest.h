@@ -1,6 +1,7 @@
 // What the tests share: a service without a device, its writes, its signals and its log lines.
 #pragma once
 
+#include "bench/headunit/servicetime.h"
 #include "rows.h"
 #include "serviceprobe.h"
 
@@ -8,6 +9,7 @@
 
 #include <QSignalSpy>
 
+#include <climits>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -16,6 +18,18 @@
 inline QString exact(float value) { return QString::number(double(value), 'g', 9); }
 
 inline void selectCar(int model) { CanBusManager::instance()->setCarModelId(model); }
+
+/// Ids as people write them: "14 16-17 22".
+QVector<int> ids(const QString &text);
+
+/// Every model that a list could hold, and some that none can.
+inline const QVector<int> kModels = ids("0-128 200 65537") + QVector<int>{-1, -5, INT_MIN, INT_MAX};
+
+/// Time that a test sets, in milliseconds, for what is made and ends under it.
+struct TestTime : bench::ServiceTime
+{
+    void pass(int milliseconds) { advance(milliseconds * 1000LL); }
+};
 
 /// One service, and everything that it writes and signals, in order.
 ///

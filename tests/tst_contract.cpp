@@ -123,22 +123,6 @@ private slots:
         }
     }
 
-    void recordsBeginWithTheirDefaults()
-    {
-        const OtherInfoData other;
-        const DrivingData driving;
-        QVERIFY(other.flag && other.reserved[0].isNull() && other.reserved[8].isNull());
-        QVERIFY(driving.speed.isNull() && driving.reserved5[12].isNull());
-        QVERIFY(FuelConsumptionData().reserved[5].isNull());
-
-        const UnitData units;
-        const QList<int> zeros{0, 0, 0, 0, 0, 0};
-        QVERIFY(units.reserved == zeros && units.values == zeros);
-        QCOMPARE(units.texts, QStringList({"", "", "", "", "", ""}));
-        for (const QString &unit : units.texts)
-            QVERIFY(!unit.isNull());
-    }
-
     void castsByName()
     {
         canservice::SimpleService service;

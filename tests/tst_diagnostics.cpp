@@ -36,53 +36,33 @@ QString canservice::ConfigManager::getPluginFullPath()
     return QStringLiteral("/opt/plug-in.so");
 }
 
-namespace {
-
-const struct
-{
-    const char *name;
-    void (*happening)(ServiceTest &);
-    QStringList lines;
-} kLines[] = {
-    {"words and numbers",
-     [](ServiceTest &t) {
-         t.service.requestVersion();
-         t.timeout("onCartypeConnect");
-     },
-     {"[DBG] requestVersion()-- reques varne_Ford Version", "[DBG] onCartypeConnect()-- 4660 52"}},
-    {"texts and bytes are quoted",
-     [](ServiceTest &t) { t.receive(hex("2e3002563146")); },
-     {"[DBG] onDataReady(QByteArray)-- \"/opt/plug-in.so\"",
-      "[DBG] onDataReady(QByteArray)-- \"2e3002563146\"", "[DBG] onDataReady(QByteArray)-- 0",
-      "[DBG] onDataReady(QByteArray)-- 3", "[DBG] onDataReady(QByteArray)-- 2",
-      "[DBG] onDataReady(QByteArray)-- 4", "[DBG] onDataReady(QByteArray)-- 4",
-      "[DBG] onDataReady(QByteArray)-- 5", "[DBG] dispatchEvent(int, QByteArray&)-- 48 \"5631\"",
-      "[DBG] doVersion(int, QByteArray&)-- \"V1\"", "[DBG] doVersion(int, QByteArray&)-- 0"}},
-    {"an error without words",
-     [](ServiceTest &t) {
-         QByteArray payload;
-         t.timeout("onmParseOutTmrout");
-         t.service.doPanelKey(0, payload);
-     },
-     {"[DBG] onmParseOutTmrout()-- parse out!!! 0", "[ERR] doPanelKey(int, QByteArray&)--"}},
-};
-
-} // namespace
-
 class DiagnosticsTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { CanBusManager::instance()->setHwdCarModelIndex(0x1234); }
-    void linesHaveOneForm_data() { addRows(kLines); }
+    // Words and numbers, texts and bytes, which are quoted, and an error without words.
     void linesHaveOneForm()
     {
-        const auto &row = currentRow(kLines);
+        CanBusManager::instance()->setHwdCarModelIndex(0x1234);
         ServiceTest test;
-        LogCapture log;
-        row.happening(test);
+        const LogCapture log;
+        QByteArray payload;
+        test.service.requestVersion();
+        test.timeout("onCartypeConnect");
+        test.dispatch(0x30, "V1");
+        test.timeout("onmParseOutTmrout");
+        test.service.doPanelKey(0, payload);
 
+        const QStringList expected{
+            "[DBG] requestVersion()-- reques varne_Ford Version",
+            "[DBG] onCartypeConnect()-- 4660 52",
+            "[DBG] dispatchEvent(int, QByteArray&)-- 48 \"5631\"",
+            "[DBG] doVersion(int, QByteArray&)-- \"V1\"",
+            "[DBG] doVersion(int, QByteArray&)-- 0",
+            "[DBG] onmParseOutTmrout()-- parse out!!! 0",
+            "[ERR] doPanelKey(int, QByteArray&)--",
+        };
         QStringList shortened;
         for (const LogCapture::Line &line : log.lines()) {
             const QString tag = line.type == QtDebugMsg ? "[DBG] " : "[ERR] ";
@@ -97,7 +77,7 @@ private slots:
             const int name = line.function.lastIndexOf("::") + 2;
             shortened << tag + line.function.mid(name) + line.text.mid(head.size());
         }
-        QCOMPARE(shortened, row.lines);
+        QCOMPARE(shortened, expected);
     }
 
     void everyThreadHasItsId()
@@ -139,45 +119,35 @@ private slots:
 
     void aLevelThatIsOffEvaluatesNothing()
     {
-        int evaluated = 0;
-        const auto item = [&evaluated] { return ++evaluated; };
         QLoggingCategory &category = *QLoggingCategory::defaultCategory();
         ServiceTest test;
         LogCapture log(false);
-        sPathsAsked = 0;
-
-        test.receive(hex("2e250105d4 2e250105d5"));
-        LOG_DEBUG() << item();
-        QCOMPARE(sPathsAsked, 0);
-        QCOMPARE(evaluated, 0);
-        QCOMPARE(log.items(), QStringList{"checksum err!"}); // Errors have a level of their own.
-
-        category.setEnabled(QtCriticalMsg, false);
-        test.receive(hex("2e250105d5"));
-        LOG_ERROR() << item();
+        for (const bool errors : {true, false}) { // Errors have a level of their own.
+            category.setEnabled(QtCriticalMsg, errors);
+            int evaluated = 0;
+            sPathsAsked = 0;
+            test.receive(hex("2e250105d4 2e250105d5"));
+            LOG_DEBUG() << ++evaluated;
+            LOG_ERROR() << ++evaluated;
+            QCOMPARE(sPathsAsked, 0);
+            QCOMPARE(evaluated, errors ? 1 : 0);
+            QCOMPARE(log.items(), QStringList({"checksum err!", "1"}));
+        }
         category.setEnabled(QtCriticalMsg, true);
-        QCOMPARE(evaluated, 0);
-        QCOMPARE(log.lines().size(), 1U);
-        QCOMPARE(test.take(), QStringList({"ff !", "notifyCanbusStatus 3", "f0 !", "f0 !"}));
-
-        category.setEnabled(QtDebugMsg, true);
-        test.receive(hex("00"));
-        LOG_DEBUG() << item();
-        LOG_ERROR() << item();
-        QCOMPARE(sPathsAsked, 1);
-        QCOMPARE(evaluated, 2);
     }
 
     void aChunkAsksForTheLevelOnce()
     {
         ServiceTest test;
         LogCapture log(false);
+        sPathsAsked = 0;
         connect(&test.service, &CanServiceBase::notifyCanbusStatus, this,
                 [] { QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, true); });
         test.receive(hex("2e250105d4 000000"));
         QCOMPARE(log.items(), QStringList{"ID IS ERROR! 37"});
         test.receive(hex("00"));
         QCOMPARE(log.items().mid(1), QStringList({"\"/opt/plug-in.so\"", "\"00\"", "0"}));
+        QCOMPARE(sPathsAsked, 1);
     }
 };
 

@@ -3,34 +3,40 @@
 
 namespace {
 
+const char kNoteAndEuro[] = "2ec1090100000000d83cdfb58c, 2ec107020000000020ac69";
 const char kEmptyPair[] = "2ec105010000000038, 2ec105020000000037";
 
-// Type, source and information, with strokes between; the frames.
-const Case kSources[] = {
-    {"FM1", "0|FM1|87.50MHz", "2ec00501002e2200e9 !"},
-    {"FM2 without a frequency", "0|FM2", "2ec005010100000038 !"},
-    {"FM3 with further entries", "0|FM3|108.00MHz|a|b", "2ec0050102302a00dd !"},
-    {"AM1", "0|AM1|1008KHz", "2ec0050110f0030036 !"},
-    {"AM2", "0|AM2|531KHz", "2ec005011013020014 !"},
-    {"a product in single precision", "0|FM1|87.60MHz", "2ec0050100382200df !"},
-    {"a product that is cut", "0|FM1|65.20MHz", "2ec0050100771900a9 !"},
-    {"text shorter than the unit", "0|FM1|87", "2ec0050100fc21001c !"},
-    {"a unit alone", "0|FM1|MHz", "2ec005010000000039 !"},
-    {"text that is no number", "0|FM1|loudMHz", "2ec005010000000039 !"},
-    {"not a number", "0|FM1|nanMHz", "2ec005010000000039 !"},
-    {"beyond an int", "0|FM1|1e30MHz", "2ec005010000000039 !"},
-    {"negative", "0|FM1|-5MHz", "2ec00501000cfe002f !"},
-    {"beyond 16 bits", "0|FM3|1966.07MHz", "2ec0050102ffff0039 !"},
-    {"unknown name", "0|FM4|87.50MHz", ""},
-    {"type 1", "1|FM1|87.50MHz|x|y", ""},
-    {"type 6", "6|FM1|87.50MHz|x|y", ""},
-    {"a fixed code", "5|FM1|AB|x|y", "2ec0010737 !"},
-    {"text", "3||AB|x|y", "2ec109010000000000410042b1, 2ec10702000000000078bd"},
-    {"text of the other type", "4||\U0001F3B5|\u20AC|",
-     "2ec1090100000000d83cdfb58c, 2ec107020000000020ac69"},
-    {"empty lines", "4||||y", kEmptyPair},
-    {"two entries", "4||AB|x", kEmptyPair},
-    {"four entries", "4||AB|x|y|z", kEmptyPair},
+const struct
+{
+    const char *name;
+    int type;
+    const char *source;
+    QStringList info;
+    const char *frames;
+} kSources[] = {
+    {"FM1", 0, "FM1", {"87.50MHz"}, "2ec00501002e2200e9 !"},
+    {"FM2 without a frequency", 0, "FM2", {}, "2ec005010100000038 !"},
+    {"FM3 with further entries", 0, "FM3", {"108.00MHz", "a", "b"}, "2ec0050102302a00dd !"},
+    {"AM1", 0, "AM1", {"1008KHz"}, "2ec0050110f0030036 !"},
+    {"AM2", 0, "AM2", {"531KHz"}, "2ec005011013020014 !"},
+    {"a product in single precision", 0, "FM1", {"87.60MHz"}, "2ec0050100382200df !"},
+    {"a product that is cut", 0, "FM1", {"65.20MHz"}, "2ec0050100771900a9 !"},
+    {"text shorter than the unit", 0, "FM1", {"87"}, "2ec0050100fc21001c !"},
+    {"a unit alone", 0, "FM1", {"MHz"}, "2ec005010000000039 !"},
+    {"text that is no number", 0, "FM1", {"loudMHz"}, "2ec005010000000039 !"},
+    {"not a number", 0, "FM1", {"nanMHz"}, "2ec005010000000039 !"},
+    {"beyond an int", 0, "FM1", {"1e30MHz"}, "2ec005010000000039 !"},
+    {"negative", 0, "FM1", {"-5MHz"}, "2ec00501000cfe002f !"},
+    {"beyond 16 bits", 0, "FM3", {"1966.07MHz"}, "2ec0050102ffff0039 !"},
+    {"unknown name", 0, "FM4", {"87.50MHz"}, ""},
+    {"type 1", 1, "FM1", {"87.50MHz", "x", "y"}, ""},
+    {"type 6", 6, "FM1", {"87.50MHz", "x", "y"}, ""},
+    {"a fixed code", 5, "FM1", {"AB", "x", "y"}, "2ec0010737 !"},
+    {"text", 3, "", {"AB", "x", "y"}, "2ec109010000000000410042b1, 2ec10702000000000078bd"},
+    {"text of the other type", 4, "", {"\U0001F3B5", "\u20AC", ""}, kNoteAndEuro},
+    {"empty lines", 4, "", {"", "", "y"}, kEmptyPair},
+    {"two entries", 4, "", {"AB", "x"}, kEmptyPair},
+    {"four entries", 4, "", {"AB", "x", "y", "z"}, kEmptyPair},
 };
 
 // Texts of a number of A and a tail. What is sent of them: the length byte, and the last unit with
@@ -50,13 +56,17 @@ const struct
     {"half a pair at the cut", 124, QString(QChar(0xD83C)) + "A", "ff", "d83cae"},
 };
 
-// The byte fields in their order, and the year; the frame.
-const Case kTimes[] = {
-    {"2025", "30 10 15 6 2025", "2e820619060f0a1e0021"},
-    {"2255", "30 10 15 6 2255", "2e8206ff060f0a1e003b"},
-    {"2256 reads as 2000", "30 10 15 6 2256", "2e820600060f0a1e003a"},
-    {"1999 reads as 2255", "30 10 15 6 1999", "2e8206ff060f0a1e003b"},
-    {"bytes as they are", "1 0 128 255 2025", "2e820619ff80000100de"},
+const struct
+{
+    const char *name;
+    GPSTime time;
+    QString frame;
+} kTimes[] = {
+    {"2025", {30, 10, 15, 6, 2025}, "2e820619060f0a1e0021"},
+    {"2255", {30, 10, 15, 6, 2255}, "2e8206ff060f0a1e003b"},
+    {"2256 reads as 2000", {30, 10, 15, 6, 2256}, "2e820600060f0a1e003a"},
+    {"1999 reads as 2255", {30, 10, 15, 6, 1999}, "2e8206ff060f0a1e003b"},
+    {"bytes as they are", {1, 0, 128, 255, 2025}, "2e820619ff80000100de"},
 };
 
 } // namespace
@@ -72,9 +82,8 @@ private slots:
         const auto &row = currentRow(kSources);
         ServiceTest test;
         for (int repetition = 0; repetition < 2; ++repetition) {
-            const QStringList given = QString(row.given).split('|');
-            test.service.onRadioSourceInformation(given[1], given.mid(2), given[0].toInt());
-            QCOMPARE(test.taken(), row.expected);
+            test.service.onRadioSourceInformation(row.source, row.info, row.type);
+            QCOMPARE(test.taken(), row.frames);
         }
     }
 
@@ -98,23 +107,21 @@ private slots:
     {
         ServiceTest test;
         const LogCapture log;
-        test.service.onRadioSourceInformation("FM1", {"87.50MHz"}, 0);
-        QCOMPARE(log.items().join('\n'), "ttttttttttttttt \"FM1\" (\"87.50MHz\") 0\n"
-                                         "src type--> 0\n0 46 34\nsrc type--> 0");
+        test.service.onRadioSourceInformation("FM4", {"87.50MHz"}, 0); // No band's name.
+        QCOMPARE(log.items().join('\n'), "ttttttttttttttt \"FM4\" (\"87.50MHz\") 0\n"
+                                         "src type--> 0\n0 87 0\nsrc type--> 0");
     }
 
     void clock_data() { addRows(kTimes); }
     void clock()
     {
         const auto &row = currentRow(kTimes);
-        GPSTime time{};
-        std::sscanf(row.given, "%hhu %hhu %hhu %hhu %hu", &time.field0, &time.field1, &time.field2,
-                    &time.field3, &time.year);
+        GPSTime time = row.time;
         ServiceTest test;
         const LogCapture log;
         test.service.GPSTimeSend(time);
         test.service.GPSTimeSend(time);
-        QCOMPARE(test.take(), QStringList({row.expected, row.expected}));
+        QCOMPARE(test.take(), QStringList({row.frame, row.frame}));
         QCOMPARE(log.items(), QStringList({"kwr enter into!", "kwr enter into!"}));
     }
 };

@@ -1,9 +1,8 @@
-// The receive parser: the same bytes in every chunking, then the parse-out timer.
+// Frames: read from the same bytes in every chunking, and built at their limits.
 #include "servicetest.h"
 
 #include <climits>
 #include <numeric>
-#include <thread>
 
 namespace {
 
@@ -35,8 +34,6 @@ const struct
 } kStreams[] = {
     {"the receipt comes before the link signal, and that before the handler's",
      hex("2e240708000000000000cc"), kTaken + QStringList{"doorChanged"}, ""},
-    {"a type that nobody handles", hex("2e250105d4"), kTaken, ""},
-    {"a length that the handler refuses", hex("2e210105d8"), kTaken, ""},
     {"0x2E as type, length and payload", hex("2e2e2e") + QByteArray(46, '\x2e') + hex("5f"), kTaken,
      ""},
     {"0x2E as checksum", hex("2e2e022e732e"), kTaken, ""},
@@ -114,38 +111,32 @@ private slots:
         QCOMPARE(cases, 256 * (5 + 255 + 255));
     }
 
-    void onlyAChunkThatFindsAFrameOpenArmsParseOut()
-    {
-        ServiceTest test;
-        canservice::LazyTimer &parseOut = test.probe.parseOut;
-        connect(&test.service, &CanServiceBase::notifyCanbusStatus, this,
-                [&parseOut] { QVERIFY2(!parseOut.isActive(), "the link signal came first"); });
-        test.receive(hex("ff00"));
-        test.receive(hex("2e250105d4"));
-        test.receive(hex("2e25"));
-        QVERIFY(!parseOut.isActive());
-        test.receive(hex("02"));
-        QVERIFY(parseOut.isActive());
-
-        while (parseOut.remainingTime() > 490)
-            std::this_thread::yield(); // Not the event loop, which might run the time-out.
-        const int rest = parseOut.remainingTime();
-        test.receive(hex("01"));
-        QVERIFY2(parseOut.remainingTime() <= rest, "a running timer was restarted");
-        test.receive(hex("0200 2e250105")); // A bad checksum leaves it running.
-        QCOMPARE(test.take(), QStringList({kGood, kAlive, kBad}));
-        QVERIFY(parseOut.isActive());
-        test.receive(hex("d4"));
-        QCOMPARE(test.take(), QStringList({kGood, kAlive}));
-        QVERIFY(!parseOut.isActive());
-    }
-
     void typesBeyondAByteHaveNoHandler()
     {
         ServiceTest test;
         for (const int type : {-1, 0x121, INT_MIN + 0x21})
             for (const int size : {2, 10}) // Which the first and most handlers would take.
                 QCOMPARE(test.dispatch(type, QByteArray(size, '\1')), "");
+    }
+
+    void checkSumIsThatOfAllBytes()
+    {
+        canservice::SimpleService service;
+        const auto sum = [&service](QByteArray bytes) { return int(service.getCheckSum(bytes)); };
+        QCOMPARE(sum(QByteArray()), 0xFF);
+        QCOMPARE(sum(hex("90023000")), 0x3D);
+        QCOMPARE(sum(hex("ffff")), 0x01);
+        QCOMPARE(sum(QByteArray(257, '\xff')), 0x00);
+    }
+
+    void framesAreBuilt()
+    {
+        ServiceTest test;
+        test.service.sendCarSelect(0xFF, 0); // Whose second argument is not sent.
+        test.service.sendSetSettings(0xFF, 0xFF);
+        QCOMPARE(test.taken(), "2e9101ff6e, 2ec502ffff3a !");
+        const QByteArray longest = canbox::buildFrame(0xC1, QByteArray(300, '\0'));
+        QCOMPARE(longest.toHex(), (hex("2ec1ff") + QByteArray(255, '\0') + hex("3f")).toHex());
     }
 };
 

@@ -18,17 +18,21 @@ QString distances(SimpleService &s)
                              s.getRearRadarMiddleRightDistance(), s.getRearRadarRightDistance());
 }
 
-const QString kNothing("255 255 255 255");
+const char kNothing[] = "255 255 255 255";
 
-// A model and a payload; what the bumper tells for it as a rear frame, and as a front frame. In the
-// rows of the pairs one byte is the nearest, beside a partner that must not show.
-const Case kPayloads[] = {
-    {"a code per sensor", "5 010207081a1f2000", "1 2 2 3, 1 2 2 3"},
-    {"codes that nobody reads", "5 0000000001010101", "255 255 255 255, 255 255 255 255"},
-    {"nothing beats an obstacle", "1 010207081a1f2000", "7 1 2 255, 7 1 2 255"},
-    {"codes are unsigned", "1 8019ff01fe80031f", "255 5 1 2, 2 5 1 7"},
-    {"pairs, the nearer ones in even bytes", "1 0119021908190e19", "3 1 2 4, 4 1 2 3"},
-    {"pairs, the nearer ones in odd bytes", "1 190119021908190e", "3 1 2 4, 3 1 2 4"},
+// In the rows of the pairs one byte is the nearest, beside a partner that must not show.
+const struct
+{
+    const char *name;
+    int model;
+    const char *payload, *rear, *front; // What each bumper tells for it.
+} kPayloads[] = {
+    {"a code per sensor", 5, "010207081a1f2000", "1 2 2 3", "1 2 2 3"},
+    {"codes that nobody reads", 5, "0000000001010101", kNothing, kNothing},
+    {"nothing beats an obstacle", 1, "010207081a1f2000", "7 1 2 255", "7 1 2 255"},
+    {"codes are unsigned", 1, "8019ff01fe80031f", "255 5 1 2", "2 5 1 7"},
+    {"pairs, the nearer ones in even bytes", 1, "0119021908190e19", "3 1 2 4", "4 1 2 3"},
+    {"pairs, the nearer ones in odd bytes", 1, "190119021908190e", "3 1 2 4", "3 1 2 4"},
 };
 
 } // namespace
@@ -42,19 +46,17 @@ private slots:
     void frames()
     {
         const auto &row = currentRow(kPayloads);
-        const QByteArrayList given = QByteArray(row.given).split(' ');
-        const QByteArray payload = QByteArray::fromHex(given.at(1));
-        const QString rear = QString(row.expected).section(", ", 0, 0);
-        const QString front = QString(row.expected).section(", ", 1);
-        selectCar(given.at(0).toInt());
+        const QByteArray payload = hex(row.payload);
+        selectCar(row.model);
         for (const bool started : {false, true}) {
             ServiceTest test;
             if (started)
                 test.service.start();
-            QCOMPARE(distances(test.service), kNothing + ", " + kNothing);
-            const QString signalled = rear == kNothing ? "" : "sigRadarChanged";
+            const QString nothing(kNothing), rear(row.rear), front(row.front);
+            const QString signalled = rear == nothing ? "" : "sigRadarChanged";
+            QCOMPARE(distances(test.service), nothing + ", " + nothing);
             QCOMPARE(test.dispatch(0x22, payload), signalled);
-            QCOMPARE(distances(test.service), kNothing + ", " + rear);
+            QCOMPARE(distances(test.service), nothing + ", " + rear);
             QCOMPARE(test.dispatch(0x23, payload), signalled);
             QCOMPARE(distances(test.service), front + ", " + rear);
         }
@@ -91,6 +93,17 @@ private slots:
         selectCar(kTwoCodes); // The same bytes mean something else to another model.
         QCOMPARE(test.dispatch(0x23, hex("1a1b1c1d00000000")), changed);
         QCOMPARE(distances(test.service), "255 7 7 255, 2 2 2 3");
+    }
+
+    void modelsWithTwoCodesPerSensor()
+    {
+        const QVector<int> models = ids("1 11 27 30 35 39 47 51 55 58 65 68-69 76 79 82 86 92 "
+                                        "97-98 111-112 119");
+        ServiceTest test;
+        for (const int model : kModels) {
+            selectCar(model);
+            QVERIFY2(test.service.isHighEnd() == models.contains(model), QByteArray::number(model));
+        }
     }
 
     void levelsSurviveRestarts()

@@ -2,6 +2,7 @@
 // both.
 #include "hosttest.h"
 
+#include "bench/language/closestname.h"
 #include "bench/language/parser.h"
 #include "bench/screen/viewkeys.h"
 
@@ -51,6 +52,7 @@ const struct
     {"a second start", "start\nstart", 1, "'stop' it before"},
     {"a call before the start", "call unit pressure", 1, "'start' it before"},
     {"a plug that is in", "plug", 1, "'unplug' it before"},
+    {"a plug that is out", "unplug\nunplug", 1, "'plug' it"},
     {"an unknown operation", "start\ncall clok 2025-01-01 10:00", 6, "did you mean 'clock'"},
     {"a day that is not in the calendar", "start\ncall clock 2025-02-30 10:00", 12, "a date"},
     {"a fault with a slip", "fault bitflip", 7, "did you mean 'bit-flip'"},
@@ -75,6 +77,49 @@ const struct
     {"a text with a number", QStringLiteral("3km/h"), "== 3km/h|== 3|< 4", "!= 3|== 30|> 3"},
     {"a text without reading", QStringLiteral("--"), "== none|== --|!= 3", "== 3|> 0"},
     {"no text", QString(), "== \"\"", "!= \"\""},
+};
+
+// What changes the car, by the host and by the bench, and the getter that shows what each time
+// does.
+const struct
+{
+    const char *step, *getter, *states;
+} kChanges[] = {
+    {"call climate_key ac", "climate.ac", "on off"},
+    {"call climate_key auto", "climate.auto", "off on"},
+    {"call climate_key rear_defrost", "climate.rear_defrost", "on off"},
+    {"call climate_key front_defrost", "climate.front_defrost", "on off"},
+    {"call climate_key inside_air", "climate.inside_air", "on off"},
+    {"call climate_key max", "climate.max", "on off"},
+    {"call climate_key dual", "climate.dual", "off on"},
+    {"call climate_key left_seat_heat", "climate.left_seat", "heat1 heat2 heat3 off"},
+    {"call climate_key left_seat_air", "climate.left_seat", "vent1 vent2 vent3 off"},
+    {"call climate_key right_seat_heat", "climate.right_seat", "heat1 heat2 heat3 off heat1"},
+    {"call climate_key right_seat_air", "climate.right_seat", "vent1 vent2 vent3 off"},
+    {"call climate_key left_seat_heat", "climate.left_seat", "heat1"},
+    {"call climate_key left_seat_air", "climate.left_seat", "vent1"},
+    {"call climate_key wheel_heat", "climate.wheel_heat", "on off"},
+    {"call climate_key rear", "climate.rear", "on off"},
+    {"call climate_key fan_up", "climate.fan", "4 5 6 7 7"},
+    {"call climate_key fan_down", "climate.fan", "6 5 4 3 2 1 0 0"},
+    {"call climate_key left_warmer", "climate.left", "22"},
+    {"call climate_key left_cooler", "climate.left", "21.5 21"},
+    {"call climate_key right_warmer", "climate.right", "22.5"},
+    {"call climate_key right_cooler", "climate.right", "22 21.5"},
+    {"call climate_key blowing_mode", "climate.mode", "2 3 7 5 1 2"},
+    {"call climate_key power", "climate.power", "off on"},
+    {"call car_setting ambient_level 1", "ambient.level", "11 12"},
+    {"call car_setting ambient_level -1", "ambient.level", "11 10"},
+    {"call car_setting ambient_colour 3", "ambient.colour", "3"},
+    {"call car_setting ambient_colour next", "ambient.colour", "4 5 6 7 0"},
+    {"call unit pressure", "unit.pressure", "bar psi kpa"},
+    {"call unit temperature", "unit.temperature", "fahrenheit celsius"},
+    {"set climate.left 15.5", "climate.left", "15.5"},
+    {"change climate.left by -0.5", "climate.left", "15.5"},
+    {"change climate.left by 14", "climate.left", "29.5 low 15.5"},
+    {"set radar.rear.left none", "radar.rear.left", "255"},
+    {"toggle door.rear", "door.rear", "open closed open"},
+    {"ramp drive.speed to 90 over 1s", "drive.speed", "90"},
 };
 
 // What follows a start with a link; the exit code, and the message after the file's name.
@@ -215,6 +260,55 @@ private slots:
             QVERIFY2(check(text), text);
         for (const QByteArray &text : QByteArray(row.unmet).split('|'))
             QVERIFY2(!check(text), text);
+    }
+
+    void stepsReachTheCar()
+    {
+        QByteArray text = "model 1\nstart\nexpect link == 3 within 2s\n";
+        for (const auto &row : kChanges)
+            for (const QByteArray &state : QByteArray(row.states).split(' '))
+                text += QByteArray(row.step) + "\nexpect " + row.getter + " == " + state +
+                        " within 2s\n";
+        const Outcome play = run(CANBENCH, {"play", "--speed", "10",
+                                            writeFile(mDirectory.filePath("keys.scenario"), text)});
+        QCOMPARE(play.errors, QByteArray());
+        QCOMPARE(play.code, 0);
+    }
+
+    // Of letters that are missing, too many, other, or in another order; of nothing else.
+    void suggestsTheClosestName()
+    {
+        const QStringList names{"expect", "except", "set", "wait", "Ramp"};
+        const struct
+        {
+            const char *slip, *meant;
+        } rows[] = {
+            {"expct", "expect"},
+            {"expectt", "expect"},
+            {"expeXt", "expect"},
+            {"epxect", "expect"},
+            {"exepct", "expect"},
+            {"xcept", "except"},
+            {"exceptt", "except"},
+            {"ste", "set"},
+            {"est", "set"},
+            {"wiat", "wait"},
+            {"ramp", "Ramp"},
+            {"wXYt", ""},
+            {"st", "set"},
+            {"XX", ""},
+            {"", ""},
+            {"rXYm", ""},
+        };
+        for (const auto &row : rows)
+            QCOMPARE(didYouMean(row.slip, names),
+                     *row.meant ? QString("; did you mean '%1'?").arg(row.meant) : QString());
+        QCOMPARE(editDistance("kitten", "sitting"), 3);
+        QCOMPARE(editDistance("ca", "abc"), 3); // A pair that changed places stays together.
+        QCOMPARE(editDistance("", "abc"), 3);
+        QCOMPARE(didYouMean(QString(64, 'x'), {QString(63, 'x')}),
+                 "; did you mean '" + QString(63, 'x') + "'?");
+        QCOMPARE(didYouMean(QString(65, 'x'), {QString(65, 'x')}), QString());
     }
 
     void canbenchTellsHowItEnded_data() { addRows(kEndings); }

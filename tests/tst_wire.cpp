@@ -193,6 +193,25 @@ private slots:
         }
     }
 
+    // A model's radar has one or two codes per sensor, its ambient light a palette.
+    void everyModelIsReadAsThePluginReadsIt()
+    {
+        HeadUnit unit;
+        QVERIFY(unit.load(0));
+        for (int model = -1; model < 256; ++model) {
+            CanBusManager::instance()->setCarModelId(model);
+            for (const auto &[type, bytes, name] :
+                 {std::tuple(Inbound::RearRadar, "0802080208020802", "radar.rear.left"),
+                  {Inbound::RearRadar, "0000000000000000", "radar.rear.left"},
+                  {Inbound::AmbientLight, "0105", "ambient.colour"}}) {
+                unit.receive(type, hex(bytes));
+                const Getter &row = getter(findGetter(name));
+                const Value expected = *row.meaning(PayloadWire(type, hex(bytes), model));
+                QVERIFY2(row.read(*unit.host.service()) == expected, QByteArray::number(model));
+            }
+        }
+    }
+
     void onlyWhatASignalAnnouncesChanges_data() { addReports(); }
     void onlyWhatASignalAnnouncesChanges()
     {

@@ -21,7 +21,6 @@ void pass(qint64 nanoseconds)
     const qint64 sum = now.tv_nsec + nanoseconds;
     now.tv_sec += static_cast<time_t>(sum / kSecond);
     now.tv_nsec = static_cast<long>(sum % kSecond);
-    QCoreApplication::processEvents();
 }
 
 } // namespace
@@ -72,9 +71,14 @@ qint64 ServiceTime::nanoseconds() const { return passed; }
 void ServiceTime::advance(qint64 microseconds)
 {
     qint64 rest = microseconds * 1000;
-    for (; rest > kStep; rest -= kStep)
-        pass(kStep);
-    pass(rest);
+    do {
+        const qint64 step = qMin(rest, kStep);
+        pass(step);
+        QCoreApplication::processEvents();
+        rest -= step;
+    } while (rest > 0);
 }
+
+void ServiceTime::skip(qint64 microseconds) { pass(microseconds * 1000); }
 
 } // namespace bench

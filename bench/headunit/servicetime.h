@@ -21,6 +21,8 @@ public:
     qint64 nanoseconds() const override;
     /// Lets time pass and runs the event loop at each step.
     void advance(qint64 microseconds);
+    /// Lets time pass at once, as a process that was stopped sees it.
+    void skip(qint64 microseconds);
 };
 
 } // namespace bench
