@@ -6,10 +6,6 @@
 
 namespace bench {
 
-namespace {
-
-// How many letters have to be inserted, removed, replaced or swapped with their neighbour to make
-// one text of the other.
 int editDistance(const QString &one, const QString &other)
 {
     // The last three rows of the table of distances between the beginnings of the two texts.
@@ -30,8 +26,6 @@ int editDistance(const QString &one, const QString &other)
     }
     return last.last();
 }
-
-} // namespace
 
 QString didYouMean(const QString &name, const QStringList &candidates)
 {
