@@ -3,7 +3,7 @@
 #include "hosttest.h"
 
 #include "bench/language/parser.h"
-#include "bench/screen/viewkeys.h"
+#include "bench/screen/liveview.h"
 
 using namespace bench;
 

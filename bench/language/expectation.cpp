@@ -2,7 +2,7 @@
 
 #include "bench/language/stage.h"
 #include "bench/language/steps.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <algorithm>
 #include <cmath>
