@@ -4,7 +4,7 @@
 
 #include "bench/language/closestname.h"
 #include "bench/language/parser.h"
-#include "bench/screen/viewkeys.h"
+#include "bench/screen/liveview.h"
 
 using namespace bench;
 

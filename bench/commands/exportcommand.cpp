@@ -3,7 +3,7 @@
 #include "bench/recording/export.h"
 #include "bench/recording/outputfile.h"
 #include "bench/screen/output.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <QFileInfo>
 

@@ -2,7 +2,7 @@
 #include "bench/commands/commandline.h"
 #include "bench/language/closestname.h"
 #include "bench/screen/output.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <QCoreApplication>
 

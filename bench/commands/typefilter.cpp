@@ -2,8 +2,8 @@
 
 #include "bench/headunit/session.h"
 #include "bench/language/closestname.h"
-#include "bench/wire/named.h"
 #include "bench/wire/reports.h"
+#include "bench/wire/tables.h"
 
 namespace bench {
 

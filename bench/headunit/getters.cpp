@@ -1,6 +1,6 @@
 #include "bench/headunit/getters.h"
 
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <algorithm>
 #include <iterator>

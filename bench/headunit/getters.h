@@ -4,7 +4,7 @@
 
 #include "bench/headunit/meanings.h"
 #include "bench/headunit/value.h"
-#include "bench/wire/span.h"
+#include "bench/wire/tables.h"
 
 #include <canservicebase.h>
 

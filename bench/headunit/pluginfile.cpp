@@ -1,7 +1,6 @@
 #include "bench/headunit/pluginfile.h"
 
-#include "bench/headunit/trialload.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 #include "frozencontract.h"
 
 #include <QCborMap>

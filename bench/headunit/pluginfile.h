@@ -25,6 +25,11 @@ struct PluginFile
 /// At the end it is loaded, and its service made, in a child process.
 PluginFile examinePlugin(const QString &file);
 
+/// Loads \p file in a child process, which has no serial device, and makes its service there: a
+/// damaged file ends the child, and what takes longer than ten seconds is ended.
+/// \param className gets that of the service. \returns an empty text, or why it failed.
+QString tryLoading(const QString &file, QString *className);
+
 /// The name of the machine that a library is built for, as "64-bit ARM".
 QString machineName(int machine);
 

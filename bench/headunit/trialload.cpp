@@ -1,4 +1,5 @@
-#include "bench/headunit/trialload.h"
+// Loading a plug-in where it can do no harm.
+#include "bench/headunit/pluginfile.h"
 
 #include <canservicebase.h>
 #include <serialport.h>

@@ -2,7 +2,7 @@
 
 #include "bench/language/stage.h"
 #include "bench/language/steps.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <algorithm>
 #include <cmath>
@@ -58,14 +58,14 @@ constexpr struct
     {">=", Comparison::AtLeast, [](int difference) { return difference >= 0; }},
 };
 
-static_assert(
-    [] {
-        for (std::size_t i = 0; i < std::size(kComparisons); ++i)
-            if (kComparisons[i].comparison != static_cast<Comparison>(i))
-                return false;
-        return true;
-    }(),
-    "rows are found by their number");
+constexpr bool isInEnumOrder()
+{
+    for (std::size_t i = 0; i < std::size(kComparisons); ++i)
+        if (kComparisons[i].comparison != static_cast<Comparison>(i))
+            return false;
+    return true;
+}
+static_assert(isInEnumOrder());
 
 // Less than, equal to or greater than zero, as of two numbers; zero within a float's precision.
 int compare(double actual, double expected)

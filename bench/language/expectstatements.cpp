@@ -2,7 +2,7 @@
 #include "bench/headunit/session.h"
 #include "bench/language/closestname.h"
 #include "bench/language/parser.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <algorithm>
 

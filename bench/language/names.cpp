@@ -4,7 +4,7 @@
 #include "bench/language/expectation.h"
 #include "bench/language/operations.h"
 #include "bench/wire/linefaults.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <set>
 

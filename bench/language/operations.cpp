@@ -1,7 +1,7 @@
 #include "bench/language/operations.h"
 
 #include "bench/language/closestname.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <canservicebase.h>
 

@@ -2,7 +2,7 @@
 #include "bench/language/operations.h"
 #include "bench/language/parser.h"
 #include "bench/language/stage.h"
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 
 #include <cmath>
 

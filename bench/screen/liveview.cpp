@@ -1,7 +1,6 @@
 #include "bench/screen/liveview.h"
 
 #include "bench/screen/printer.h"
-#include "bench/screen/viewkeys.h"
 
 #include <algorithm>
 

@@ -4,10 +4,21 @@
 
 #include "bench/headunit/session.h"
 #include "bench/screen/terminal.h"
+#include "bench/wire/tables.h"
 
 #include <QTimer>
 
 namespace bench {
+
+/// A key that acts: each is a step of the language.
+struct ViewKey
+{
+    char key;
+    const char *help;
+    const char *steps; ///< Several are separated by line feeds.
+};
+
+Span<ViewKey> viewKeys();
 
 class LiveView : public QObject
 {

@@ -1,4 +1,5 @@
-#include "bench/screen/viewkeys.h"
+// The keys of the live view.
+#include "bench/screen/liveview.h"
 
 namespace bench {
 

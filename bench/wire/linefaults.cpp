@@ -1,7 +1,7 @@
 #include "bench/wire/linefaults.h"
 
-#include "bench/wire/named.h"
 #include "bench/wire/reports.h"
+#include "bench/wire/tables.h"
 
 #include <iterator>
 

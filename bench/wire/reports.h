@@ -5,7 +5,7 @@
 // names, checks, damages or compares reports asks these rows; a new report is a new row.
 #pragma once
 
-#include "bench/wire/named.h"
+#include "bench/wire/tables.h"
 #include "protocol/frame.h"
 
 #include <optional>

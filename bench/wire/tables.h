@@ -1,7 +1,5 @@
-// Tables whose rows have a name.
+// Constant tables, and their rows by name.
 #pragma once
-
-#include "bench/wire/span.h"
 
 #include <QStringList>
 
@@ -9,6 +7,26 @@
 #include <iterator>
 
 namespace bench {
+
+/// A table, or a part of one.
+template <typename Row>
+struct Span
+{
+    const Row *rows = nullptr;
+    int count = 0;
+
+    constexpr Span() = default;
+    template <int Count>
+    constexpr Span(const Row (&table)[Count])
+        : rows(table)
+        , count(Count)
+    {
+    }
+
+    constexpr const Row *begin() const { return rows; }
+    constexpr const Row *end() const { return rows + count; }
+    constexpr const Row &operator[](int index) const { return rows[index]; }
+};
 
 /// A word that stands for a raw value.
 struct Word
