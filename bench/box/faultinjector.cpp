@@ -46,15 +46,6 @@ bool FaultInjector::isExpected() const
                                                [](double rate) { return rate > 0; });
 }
 
-QVector<QPair<QString, qint64>> FaultInjector::summary() const
-{
-    QVector<QPair<QString, qint64>> rows;
-    for (int i = 0; i < kFaultCount; ++i)
-        if (mCounts[static_cast<std::size_t>(i)] > 0)
-            rows.append({QLatin1String(faultInfo(i).name), mCounts[static_cast<std::size_t>(i)]});
-    return rows;
-}
-
 void FaultInjector::onWrite()
 {
     if (mPullAtWrite)

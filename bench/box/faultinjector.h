@@ -39,7 +39,7 @@ public:
 
     qint64 count(Fault fault) const { return mCounts[static_cast<std::size_t>(fault)]; }
     /// The kinds of fault that happened, and how often.
-    QVector<QPair<QString, qint64>> summary() const;
+    QVector<QPair<QString, qint64>> summary() const { return summaryOf(mCounts); }
 
     /// The host has written.
     void onWrite();
@@ -58,7 +58,7 @@ private:
     FaultPlan mPlan;
     bool mUsed = false;
     QList<Fault> mDemanded;
-    std::array<qint64, kFaultCount> mCounts{};
+    FaultCounts mCounts{};
 
     qint64 mPassed = 0; ///< Bytes that have left the box.
     qint64 mSplitAt = -1;

@@ -47,8 +47,6 @@ public:
     UnixSignals &unixSignals() { return mSignals; }
 
 private:
-    int printVerdict();
-
     const RunOptions mOptions;
     UnixSignals mSignals;
     Session mSession;

@@ -64,6 +64,15 @@ const FaultInfo *findFault(const QString &name) { return findNamed(kFaults, name
 
 QStringList faultNames() { return namesOf(kFaults); }
 
+QVector<QPair<QString, qint64>> summaryOf(const FaultCounts &counts)
+{
+    QVector<QPair<QString, qint64>> rows;
+    for (std::size_t i = 0; i < counts.size(); ++i)
+        if (counts[i] > 0)
+            rows.append({QLatin1String(kFaults[i].name), counts[i]});
+    return rows;
+}
+
 int FaultRandom::below(int limit)
 {
     return static_cast<int>(quint64(draw()) * static_cast<quint64>(limit) >> 32);

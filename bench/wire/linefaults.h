@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QPair>
 #include <QStringList>
+#include <QVector>
 
 #include <array>
 #include <random>
@@ -48,6 +50,11 @@ const FaultInfo &faultInfo(int index);
 QStringList faultNames();
 /// Null for an unknown name.
 const FaultInfo *findFault(const QString &name);
+
+/// How often each has happened.
+using FaultCounts = std::array<qint64, kFaultCount>;
+/// The names of those that have happened, and how often.
+QVector<QPair<QString, qint64>> summaryOf(const FaultCounts &counts);
 
 /// How often each fault happens: a probability per frame of the box, 0 to 1.
 struct FaultPlan

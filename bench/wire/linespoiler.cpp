@@ -35,15 +35,6 @@ void LineSpoiler::feed(const QByteArray &bytes, qint64 time)
     mCutter.feed(bytes, time);
 }
 
-QVector<QPair<QString, qint64>> LineSpoiler::summary() const
-{
-    QVector<QPair<QString, qint64>> rows;
-    for (int i = 0; i < kFaultCount; ++i)
-        if (mCounts[static_cast<std::size_t>(i)] > 0)
-            rows.append({QLatin1String(faultInfo(i).name), mCounts[static_cast<std::size_t>(i)]});
-    return rows;
-}
-
 void LineSpoiler::onItem(const LineItem &item)
 {
     if (item.kind != LineItem::Frame && item.kind != LineItem::BadChecksum)

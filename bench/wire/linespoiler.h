@@ -26,7 +26,7 @@ public:
     void feed(const QByteArray &bytes, qint64 time);
 
     /// The kinds of fault that happened, and how often.
-    QVector<QPair<QString, qint64>> summary() const;
+    QVector<QPair<QString, qint64>> summary() const { return summaryOf(mCounts); }
 
 signals:
     void passed(const QByteArray &bytes);
@@ -39,7 +39,7 @@ private:
     QTimer mHeldTmr; ///< Until a frame that does not go on is let go.
     FaultRandom mRandom;
     FaultPlan mPlan;
-    std::array<qint64, kFaultCount> mCounts{};
+    FaultCounts mCounts{};
 };
 
 } // namespace bench
