@@ -360,6 +360,8 @@ private slots:
         QVERIFY2(text.startsWith(row.begin), text);
         QVERIFY2(text.endsWith(row.end), text);
         QCOMPARE(text.count('\n'), 14);
+        QCOMPARE(run(CANBENCH, {"decode", "--csv", log}).output,
+                 run(CANBENCH, {"decode", "--csv", trip}).output);
     }
 
     void pcapngIsReadByTshark()
