@@ -13,7 +13,7 @@ namespace {
 
 enum SettingKey { LevelStep = 4, Colour = 5 };
 
-constexpr int kMaxLevel = 20;
+constexpr int kMaxAmbientLevel = 20;
 
 /// The box's value for a level, in 8 bits.
 constexpr unsigned char boxLevel(int level) { return static_cast<unsigned char>(level * 5); }
@@ -39,7 +39,7 @@ int SimpleService::sendCarSettingKey(int key, int value)
 
     if (key == Colour)
         sendSetSettings(palette.codeOf(static_cast<unsigned>(value)), boxLevel(level));
-    else if (value == 1 && level < kMaxLevel)
+    else if (value == 1 && level < kMaxAmbientLevel)
         sendSetSettings(palette.codeOf(colour), boxLevel(level + 1));
     else if (value == -1 && level > 0)
         sendSetSettings(palette.codeOf(colour), boxLevel(level - 1));

@@ -10,7 +10,7 @@ namespace canservice {
 
 namespace {
 
-constexpr int kFrameSize = 2;
+constexpr int kKeySize = 2;
 constexpr int kLongPress = 1500; // ms
 
 enum Action { Released = 0, Pressed = 1 };
@@ -22,7 +22,7 @@ enum KeyState { KeyDown = 0, KeyUp = 1, LongPressReached = 2, LongPressEnded = 3
 // Payload: [0] key code, [1] action; other actions than 0 and 1 are ignored.
 void SimpleService::doSwc(int, QByteArray &payload)
 {
-    if (payload.size() != kFrameSize) {
+    if (payload.size() != kKeySize) {
         LOG_ERROR();
         return;
     }
@@ -34,7 +34,7 @@ void SimpleService::doSwc(int, QByteArray &payload)
 
 void SimpleService::doPanelKey(int, QByteArray &payload)
 {
-    if (payload.size() != kFrameSize) {
+    if (payload.size() != kKeySize) {
         LOG_ERROR();
         return;
     }

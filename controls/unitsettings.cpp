@@ -11,7 +11,7 @@ namespace canservice {
 
 namespace {
 
-constexpr int kFrameSize = 2;
+constexpr int kSettingSize = 2;
 
 // A unit setting: its place in the host's lists, the box's code, and the host's text per value.
 struct UnitSetting
@@ -39,7 +39,7 @@ const UnitSetting *findSetting(Predicate matches)
 // Payload: [0] setting code, [1] value.
 void SimpleService::doSettingStatus(int dataType, QByteArray &payload)
 {
-    if (payload.size() != kFrameSize) {
+    if (payload.size() != kSettingSize) {
         LOG_ERROR();
         return;
     }

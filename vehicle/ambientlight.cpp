@@ -10,7 +10,7 @@ namespace canservice {
 
 namespace {
 
-constexpr int kFrameSize = 2;
+constexpr int kAmbientSize = 2;
 constexpr quint8 kColourMask = 0x7F;
 constexpr int kBoxStepsPerLevel = 5;
 
@@ -19,7 +19,7 @@ constexpr int kBoxStepsPerLevel = 5;
 // Payload: [0] bits 6..0 colour code, bit 7 unused; [1] level in the box's steps.
 void SimpleService::doAmbientLight(int, QByteArray &payload)
 {
-    if (payload.size() != kFrameSize) {
+    if (payload.size() != kAmbientSize) {
         LOG_ERROR();
         return;
     }

@@ -9,19 +9,19 @@ namespace canservice {
 
 namespace {
 
-constexpr int kFrameSize = 7;
+constexpr int kDoorsSize = 7;
 
 // Payload byte 0; the bits are kept in place.
 enum Door {
-    RightFront = 0x80,
-    LeftFront = 0x40,
-    RightRear = 0x20,
-    LeftRear = 0x10,
-    Rear = 0x08,
+    RightFrontDoor = 0x80,
+    LeftFrontDoor = 0x40,
+    RightRearDoor = 0x20,
+    LeftRearDoor = 0x10,
+    RearDoor = 0x08,
     AllDoors = 0xF8,
 };
 
-enum Tire { FrontLeft, FrontRight, RearLeft, RearRight };
+enum Tire { FrontLeftTire, FrontRightTire, RearLeftTire, RearRightTire };
 
 // Unit texts of the host. They are fixed: no unit setting changes them.
 constexpr int kVolt = 339;
@@ -33,7 +33,7 @@ constexpr int kKilopascal = 1006;
 // Payload: [0] bits 7..3 the doors, bits 2..0 unused; [1..6] unused.
 void SimpleService::doCarBasicInfor(int, QByteArray &payload)
 {
-    if (payload.size() != kFrameSize) {
+    if (payload.size() != kDoorsSize) {
         LOG_ERROR();
         return;
     }
@@ -46,25 +46,25 @@ void SimpleService::doCarBasicInfor(int, QByteArray &payload)
 
 int SimpleService::getDoorStatus() { return 1; }
 bool SimpleService::isFrontDoorOpen() { return false; }
-bool SimpleService::isRearDoorOpen() { return (mDoorStatus & Rear) != 0; }
-bool SimpleService::isLeftRearDoorOpen() { return (mDoorStatus & LeftRear) != 0; }
-bool SimpleService::isRightRearDoorOpen() { return (mDoorStatus & RightRear) != 0; }
-bool SimpleService::isLeftFrontDoorOpen() { return (mDoorStatus & LeftFront) != 0; }
-bool SimpleService::isRightFrontDoorOpen() { return (mDoorStatus & RightFront) != 0; }
+bool SimpleService::isRearDoorOpen() { return (mDoorStatus & RearDoor) != 0; }
+bool SimpleService::isLeftRearDoorOpen() { return (mDoorStatus & LeftRearDoor) != 0; }
+bool SimpleService::isRightRearDoorOpen() { return (mDoorStatus & RightRearDoor) != 0; }
+bool SimpleService::isLeftFrontDoorOpen() { return (mDoorStatus & LeftFrontDoor) != 0; }
+bool SimpleService::isRightFrontDoorOpen() { return (mDoorStatus & RightFrontDoor) != 0; }
 
 int SimpleService::getRotate() { return mRotate; }
 int SimpleService::getCoolantTemp() { return mCoolantTemp; }
 QString SimpleService::getCoolantTempUnit() { return Translator::translate(kCelsius); }
 
 int SimpleService::getTireAlertType() { return mTireAlertType; }
-int SimpleService::getTireStatusFR() { return mTireStatus[FrontRight]; }
-int SimpleService::getTireStatusFL() { return mTireStatus[FrontLeft]; }
-int SimpleService::getTireStatusRL() { return mTireStatus[RearLeft]; }
-int SimpleService::getTireStatusRR() { return mTireStatus[RearRight]; }
-float SimpleService::getTirePressureValueFR() { return mTirePressure[FrontRight]; }
-float SimpleService::getTirePressureValueFL() { return mTirePressure[FrontLeft]; }
-float SimpleService::getTirePressureValueRL() { return mTirePressure[RearLeft]; }
-float SimpleService::getTirePressureValueRR() { return mTirePressure[RearRight]; }
+int SimpleService::getTireStatusFR() { return mTireStatus[FrontRightTire]; }
+int SimpleService::getTireStatusFL() { return mTireStatus[FrontLeftTire]; }
+int SimpleService::getTireStatusRL() { return mTireStatus[RearLeftTire]; }
+int SimpleService::getTireStatusRR() { return mTireStatus[RearRightTire]; }
+float SimpleService::getTirePressureValueFR() { return mTirePressure[FrontRightTire]; }
+float SimpleService::getTirePressureValueFL() { return mTirePressure[FrontLeftTire]; }
+float SimpleService::getTirePressureValueRL() { return mTirePressure[RearLeftTire]; }
+float SimpleService::getTirePressureValueRR() { return mTirePressure[RearRightTire]; }
 QString SimpleService::getTireUnit() { return Translator::translate(kKilopascal); }
 
 float SimpleService::getBatteryVoltageValue() { return mBatteryVoltage; }

@@ -9,7 +9,7 @@ namespace canservice {
 
 namespace {
 
-constexpr int kFrameSize = 8;
+constexpr int kRadarSize = 8;
 
 // Sensors of one bumper, in this order in the store: left, middle-left, middle-right, right.
 using Codes = std::array<quint8, 4>;
@@ -36,18 +36,18 @@ Codes readCodes(const QByteArray &payload, bool highEnd, const Pairing &pairs)
 
 // Codes 1, the nearest, to 31 fall into bands; 0 and all above 31 are no obstacle.
 constexpr quint8 kNothing = 0xFF;
-struct Band
+struct LevelBand
 {
     quint8 lastCode;
     quint8 level;
 };
-constexpr Band kBands[] = {{0, kNothing}, {1, 0},  {7, 1},  {13, 2},
-                           {19, 3},       {25, 4}, {31, 6}, {0xFF, kNothing}};
+constexpr LevelBand kLevelBands[] = {{0, kNothing}, {1, 0},  {7, 1},  {13, 2},
+                                     {19, 3},       {25, 4}, {31, 6}, {0xFF, kNothing}};
 
 constexpr auto kLevelOfCode = [] {
     std::array<quint8, 256> levels{};
     std::size_t code = 0;
-    for (const Band &band : kBands)
+    for (const LevelBand &band : kLevelBands)
         while (code <= band.lastCode)
             levels[code++] = band.level;
     return levels;
@@ -83,7 +83,7 @@ constexpr int kNoDistance = 255;
 
 void SimpleService::doRearRadar(int, QByteArray &payload)
 {
-    if (payload.size() != kFrameSize) {
+    if (payload.size() != kRadarSize) {
         LOG_ERROR();
         return;
     }
@@ -94,7 +94,7 @@ void SimpleService::doRearRadar(int, QByteArray &payload)
 
 void SimpleService::doFontRadar(int, QByteArray &payload)
 {
-    if (payload.size() != kFrameSize) {
+    if (payload.size() != kRadarSize) {
         LOG_ERROR();
         return;
     }

@@ -4,7 +4,6 @@
 #include <QRegularExpression>
 
 #include <cerrno>
-#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -45,8 +44,7 @@ QString DeviceLink::create(const QString &path, const QString &target)
     }
     if (errno == EEXIST)
         return QStringLiteral("%1 exists; remove it or choose another name").arg(path);
-    return QStringLiteral("cannot make the link %1: %2")
-        .arg(path, QString::fromLocal8Bit(std::strerror(errno)));
+    return QStringLiteral("cannot make the link %1: %2").arg(path, qt_error_string(errno));
 }
 
 DeviceLink::~DeviceLink()

@@ -11,7 +11,7 @@ namespace bench {
 namespace {
 
 constexpr int kSplitPause = 200; // ms
-constexpr int kSilence = 3000;   // ms
+constexpr int kSilent = 3000;    // ms
 constexpr int kNoAnswer = 35000; // ms: longer than the service waits before it gives up
 constexpr int kStall = 1000;     // ms
 constexpr int kUnplugged = 1000; // ms
@@ -82,7 +82,7 @@ void FaultInjector::act(Fault fault, int frameSize)
         mSplitAt = mPassed + frameSize / 2;
         break;
     case Fault::Silence:
-        silence(kSilence);
+        silence(kSilent);
         break;
     case Fault::NoAnswer:
         silence(kNoAnswer);

@@ -3,7 +3,6 @@
 #include "protocol/frame.h"
 
 #include <cerrno>
-#include <cstring>
 #include <unistd.h>
 
 namespace bench {
@@ -40,7 +39,7 @@ void SerialLine::unplug()
 
 bool SerialLine::fail(const QString &what)
 {
-    mError = QStringLiteral("%1: %2").arg(what, QString::fromLocal8Bit(std::strerror(errno)));
+    mError = QStringLiteral("%1: %2").arg(what, qt_error_string(errno));
     return false;
 }
 

@@ -10,7 +10,7 @@ namespace bench {
 
 namespace {
 
-enum class Change {
+enum class Way {
     Cycle,  // From `low` to `high` and back to 0; a switch is a cycle of one.
     Step,   // By `low`, within the range of the value.
     Select, // To `low`.
@@ -20,50 +20,50 @@ struct ClimateEffect
 {
     quint8 command;
     ValueId value;
-    Change change;
+    Way way;
     int low, high;
 };
 
 constexpr ClimateEffect kClimateEffects[] = {
-    {0x01, valueId("climate.power"), Change::Cycle, 1, 1},
-    {0x02, valueId("climate.ac"), Change::Cycle, 1, 1},
-    {0x03, valueId("climate.inside_air"), Change::Cycle, 1, 1},
-    {0x04, valueId("climate.auto"), Change::Cycle, 1, 1},
-    {0x05, valueId("climate.max"), Change::Cycle, 1, 1},
-    {0x06, valueId("climate.dual"), Change::Cycle, 1, 1},
-    {0x07, valueId("climate.left_seat"), Change::Cycle, 4, 6}, // Heating
-    {0x08, valueId("climate.right_seat"), Change::Cycle, 4, 6},
-    {0x09, valueId("climate.left_seat"), Change::Cycle, 1, 3}, // Ventilation
-    {0x0A, valueId("climate.right_seat"), Change::Cycle, 1, 3},
-    {0x0B, valueId("climate.wheel_heat"), Change::Cycle, 1, 1},
-    {0x11, valueId("climate.rear"), Change::Cycle, 1, 1},
-    {0x17, valueId("climate.front_defrost"), Change::Cycle, 1, 1},
-    {0x18, valueId("climate.rear_defrost"), Change::Cycle, 1, 1},
-    {0x1A, valueId("climate.left"), Change::Step, 1, 0},
-    {0x1B, valueId("climate.left"), Change::Step, -1, 0},
-    {0x1C, valueId("climate.right"), Change::Step, 1, 0},
-    {0x1D, valueId("climate.right"), Change::Step, -1, 0},
-    {0x1E, valueId("climate.fan"), Change::Step, 1, 0},
-    {0x1F, valueId("climate.fan"), Change::Step, -1, 0},
+    {0x01, valueId("climate.power"), Way::Cycle, 1, 1},
+    {0x02, valueId("climate.ac"), Way::Cycle, 1, 1},
+    {0x03, valueId("climate.inside_air"), Way::Cycle, 1, 1},
+    {0x04, valueId("climate.auto"), Way::Cycle, 1, 1},
+    {0x05, valueId("climate.max"), Way::Cycle, 1, 1},
+    {0x06, valueId("climate.dual"), Way::Cycle, 1, 1},
+    {0x07, valueId("climate.left_seat"), Way::Cycle, 4, 6}, // Heating
+    {0x08, valueId("climate.right_seat"), Way::Cycle, 4, 6},
+    {0x09, valueId("climate.left_seat"), Way::Cycle, 1, 3}, // Ventilation
+    {0x0A, valueId("climate.right_seat"), Way::Cycle, 1, 3},
+    {0x0B, valueId("climate.wheel_heat"), Way::Cycle, 1, 1},
+    {0x11, valueId("climate.rear"), Way::Cycle, 1, 1},
+    {0x17, valueId("climate.front_defrost"), Way::Cycle, 1, 1},
+    {0x18, valueId("climate.rear_defrost"), Way::Cycle, 1, 1},
+    {0x1A, valueId("climate.left"), Way::Step, 1, 0},
+    {0x1B, valueId("climate.left"), Way::Step, -1, 0},
+    {0x1C, valueId("climate.right"), Way::Step, 1, 0},
+    {0x1D, valueId("climate.right"), Way::Step, -1, 0},
+    {0x1E, valueId("climate.fan"), Way::Step, 1, 0},
+    {0x1F, valueId("climate.fan"), Way::Step, -1, 0},
     // Modes in which the blowing-mode key of a new climate control passes through all five.
-    {0x20, valueId("climate.mode"), Change::Select, 1, 0},
-    {0x21, valueId("climate.mode"), Change::Select, 3, 0},
-    {0x22, valueId("climate.mode"), Change::Select, 2, 0},
-    {0x23, valueId("climate.mode"), Change::Select, 4, 0},
-    {0x25, valueId("climate.mode"), Change::Select, 5, 0},
+    {0x20, valueId("climate.mode"), Way::Select, 1, 0},
+    {0x21, valueId("climate.mode"), Way::Select, 3, 0},
+    {0x22, valueId("climate.mode"), Way::Select, 2, 0},
+    {0x23, valueId("climate.mode"), Way::Select, 4, 0},
+    {0x25, valueId("climate.mode"), Way::Select, 5, 0},
 };
 
 int changed(const ClimateEffect &effect, int raw)
 {
     const Field &field = fieldOf(effect.value);
-    switch (effect.change) {
-    case Change::Cycle:
+    switch (effect.way) {
+    case Way::Cycle:
         if (raw == effect.high)
             return 0;
         return raw >= effect.low && raw < effect.high ? raw + 1 : effect.low;
-    case Change::Step:
+    case Way::Step:
         return qBound(field.low, raw + effect.low, field.high);
-    case Change::Select:
+    case Way::Select:
         return effect.low;
     }
     return raw;
@@ -94,12 +94,12 @@ QString textOf(const ClimateEffect &effect)
 {
     const Field &field = fieldOf(effect.value);
     const QString name = QLatin1String(field.name);
-    switch (effect.change) {
-    case Change::Cycle:
+    switch (effect.way) {
+    case Way::Cycle:
         return QStringLiteral("the next of %1").arg(name);
-    case Change::Step:
+    case Way::Step:
         return name + QLatin1String(effect.low > 0 ? " up" : " down");
-    case Change::Select:
+    case Way::Select:
         break;
     }
     return name + QLatin1Char(' ') + valueText(field, effect.low);

@@ -32,7 +32,7 @@ struct BoxOptions
     Printer::Format format = Printer::Text;
 };
 
-void addOptions(CommandLine *line)
+void addBoxOptions(CommandLine *line)
 {
     line->addOptions({
         {"device", "Be the box on the serial device DEV instead of a pseudo terminal.", "DEV"},
@@ -271,7 +271,7 @@ int boxCommand(const QStringList &arguments)
         "canbench box --link /tmp/canbox\n"
         "canbench box --device /dev/ttyUSB0 --model 22\n"
         "canbench box --scenario my.scenario --faults bit-flip=0.05 --trace my.trace");
-    addOptions(&line);
+    addBoxOptions(&line);
     if (const auto code = line.read(arguments))
         return *code;
     BoxOptions options;

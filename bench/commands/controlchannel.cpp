@@ -25,8 +25,6 @@ constexpr int kMostClients = 64;
 constexpr int kMostUnread = 1024 * 1024; // bytes
 constexpr int kMuchUnread = 64 * 1024;   // bytes
 
-QString systemError() { return QString::fromLocal8Bit(std::strerror(errno)); }
-
 bool makeAddress(const QByteArray &path, sockaddr_un *address)
 {
     *address = {};
@@ -157,7 +155,7 @@ QString ControlChannel::listenAt(const QByteArray &path)
         return QStringLiteral("%1 exists; remove it or choose another name").arg(name);
     struct stat made;
     if (!isBound || lstat(path.constData(), &made) != 0 || listen(mDescriptor, SOMAXCONN) != 0)
-        return QStringLiteral("cannot make the socket %1: %2").arg(name, systemError());
+        return QStringLiteral("cannot make the socket %1: %2").arg(name, qt_error_string(errno));
     mPath = path;
     mDevice = made.st_dev;
     mInode = made.st_ino;

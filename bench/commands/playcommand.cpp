@@ -13,7 +13,7 @@ namespace bench {
 
 namespace {
 
-void addOptions(CommandLine *line)
+void addPlayOptions(CommandLine *line)
 {
     line->addPositionalArgument(
         "FILE", "The scenario; - is the standard input, and a folder all of its *.scenario files.");
@@ -152,7 +152,7 @@ int playCommand(const QStringList &arguments)
         "canbench play --check my.scenario\n"
         "canbench play --junit report.xml bench/scenarios\n"
         "canbench play --device /dev/ttyUSB0 my.scenario");
-    addOptions(&line);
+    addPlayOptions(&line);
     if (const auto code = line.read(arguments, 10000))
         return *code;
     if (line.isSet("syntax")) {

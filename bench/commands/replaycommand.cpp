@@ -17,7 +17,7 @@ namespace bench {
 namespace {
 
 constexpr int kOpenMs = 5000;
-constexpr int kSettleMs = 200; // For the last answers.
+constexpr int kLastAnswersMs = 200;
 
 // Runs the event loop while the recording plays. \returns the exit code.
 int play(TracePlayer &player, Progress &progress)
@@ -25,8 +25,9 @@ int play(TracePlayer &player, Progress &progress)
     UnixSignals unixSignals;
     QObject::connect(&unixSignals, &UnixSignals::caught,
                      [](int number) { QCoreApplication::exit(SignalBase + number); });
-    QObject::connect(&player, &TracePlayer::finished,
-                     [] { QTimer::singleShot(kSettleMs, [] { QCoreApplication::exit(Done); }); });
+    QObject::connect(&player, &TracePlayer::finished, [] {
+        QTimer::singleShot(kLastAnswersMs, [] { QCoreApplication::exit(Done); });
+    });
     QTimer tick;
     QObject::connect(&tick, &QTimer::timeout,
                      [&] { progress.show(player.elapsed(), player.duration()); });

@@ -10,7 +10,7 @@ namespace bench {
 
 namespace {
 
-void addOptions(CommandLine *line)
+void addRunOptions(CommandLine *line)
 {
     addSessionOptions(line);
     line->addOptions({
@@ -159,7 +159,7 @@ int runCommand(const QStringList &arguments)
         "canbench run --set door.left_front=open --set climate.left=24 --press 5:2000\n"
         "canbench run --device /dev/ttyUSB0 --model 22 --hwd-index 7 --json\n"
         "canbench run --faults bit-flip=0.05,unplug --seed 7 --trace faults.trace");
-    addOptions(&line);
+    addRunOptions(&line);
     if (const auto code = line.read(arguments))
         return *code;
     RunOptions options = readSessionOptions(&line);

@@ -15,8 +15,6 @@ namespace bench {
 
 namespace {
 
-QString systemError() { return QString::fromLocal8Bit(std::strerror(errno)); }
-
 /// A connection that waits.
 class Connection
 {
@@ -130,8 +128,8 @@ int sendCommand(const QStringList &arguments)
 
     Connection connection;
     if (!connection.open(QFile::encodeName(words.first())))
-        return fail(
-            QStringLiteral("cannot reach a bench at '%1': %2").arg(words.first(), systemError()));
+        return fail(QStringLiteral("cannot reach a bench at '%1': %2")
+                        .arg(words.first(), qt_error_string(errno)));
     bool wantsEvents = false;
     for (const QString &step : words.mid(1)) {
         wantsEvents = wantsEvents || step.trimmed() == QLatin1String("events");

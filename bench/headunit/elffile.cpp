@@ -65,10 +65,10 @@ public:
 
 /// By the structures of one of the two sizes.
 template <typename Header, typename Program, typename Section, typename Dynamic, typename Symbol>
-class Reader
+class ElfReader
 {
 public:
-    Reader(const Bytes &bytes, ElfFile *file)
+    ElfReader(const Bytes &bytes, ElfFile *file)
         : mBytes(bytes)
         , mFile(*file)
     {
@@ -270,9 +270,9 @@ ElfFile readElf(const QString &path)
         return fail(QStringLiteral("it is built for a machine of the other byte order"));
     result.bits = identity.at(EI_CLASS) == ELFCLASS64 ? 64 : 32;
     if (result.bits == 64)
-        Reader<Elf64_Ehdr, Elf64_Phdr, Elf64_Shdr, Elf64_Dyn, Elf64_Sym>(bytes, &result).read();
+        ElfReader<Elf64_Ehdr, Elf64_Phdr, Elf64_Shdr, Elf64_Dyn, Elf64_Sym>(bytes, &result).read();
     else
-        Reader<Elf32_Ehdr, Elf32_Phdr, Elf32_Shdr, Elf32_Dyn, Elf32_Sym>(bytes, &result).read();
+        ElfReader<Elf32_Ehdr, Elf32_Phdr, Elf32_Shdr, Elf32_Dyn, Elf32_Sym>(bytes, &result).read();
     return result;
 }
 

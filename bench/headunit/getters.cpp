@@ -76,7 +76,7 @@ constexpr Reader unitValue{[](S &service) {
 constexpr Word kBands[] = {{255, "none"}};
 constexpr Word kTemperatures[] = {{-100, "low"}, {-101, "high"}, {-1, "none"}};
 constexpr Word kReadings[] = {{-1, "none"}};
-constexpr Word kStates[] = {{0, "good"}, {1, "state1"}, {2, "state2"}};
+constexpr Word kTyreStates[] = {{0, "good"}, {1, "state1"}, {2, "state2"}};
 constexpr Word kAlert[] = {{-1, "none"}, {0, "good"}, {1, "alert"}};
 constexpr Word kSwitch[] = {{0, "off"}, {1, "on"}};
 
@@ -135,7 +135,7 @@ constexpr Getter tyre(const char *name, Reader read)
 
 constexpr Getter tyreState(const char *name, Reader read)
 {
-    return of({name, read, kStates}, &S::tireAlert, m::as<m::tyreState>);
+    return of({name, read, kTyreStates}, &S::tireAlert, m::as<m::tyreState>);
 }
 
 // clang-format off

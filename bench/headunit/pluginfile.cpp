@@ -27,7 +27,7 @@ constexpr char kMetaDataMark[] = "QTMETADATA !";
 constexpr int kMetaDataHead = 16;
 constexpr int kMajorVersion = 13;
 constexpr int kMinorVersion = 14;
-enum MetaDataKey { InterfaceId = 2, ClassName = 3 };
+enum MetaDataKey { InterfaceIdKey = 2, ClassNameKey = 3 };
 
 constexpr Word kMachines[] = {
     {EM_X86_64, "x86-64"},  {EM_386, "32-bit x86"}, {EM_AARCH64, "64-bit ARM"},
@@ -91,8 +91,8 @@ QJsonObject readMetaData(const QByteArray &section)
     const auto qt = QStringLiteral("%1.%2")
                         .arg(uchar(section.at(kMajorVersion)))
                         .arg(uchar(section.at(kMinorVersion)));
-    return {{QStringLiteral("IID"), map.value(InterfaceId).toString()},
-            {QStringLiteral("className"), map.value(ClassName).toString()},
+    return {{QStringLiteral("IID"), map.value(InterfaceIdKey).toString()},
+            {QStringLiteral("className"), map.value(ClassNameKey).toString()},
             {QStringLiteral("qt"), qt}};
 }
 

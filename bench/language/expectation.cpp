@@ -57,15 +57,7 @@ constexpr struct
     {">", Comparison::Greater, [](int difference) { return difference > 0; }},
     {">=", Comparison::AtLeast, [](int difference) { return difference >= 0; }},
 };
-
-constexpr bool isInEnumOrder()
-{
-    for (std::size_t i = 0; i < std::size(kComparisons); ++i)
-        if (kComparisons[i].comparison != static_cast<Comparison>(i))
-            return false;
-    return true;
-}
-static_assert(isInEnumOrder());
+static_assert(isInEnumOrder(kComparisons, [](const auto &row) { return row.comparison; }));
 
 // Less than, equal to or greater than zero, as of two numbers; zero within a float's precision.
 int compare(double actual, double expected)
@@ -91,9 +83,6 @@ bool isNoReading(const QString &text)
 {
     return text.isEmpty() || text == QLatin1String("none") || text == QLatin1String("--");
 }
-
-constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "open"},
-                                 {0, "off"}, {0, "false"}, {0, "closed"}};
 
 } // namespace
 
@@ -148,18 +137,15 @@ QStringList Observable::names()
 
 bool Observable::numberOfWord(const QString &word, double *number) const
 {
-    if (kind == Switch) {
-        const Word *row = findNamed(kSwitchWords, word);
-        bool isNumber = true;
-        *number = row ? row->raw : word.toDouble(&isNumber);
-        return isNumber && (*number == 0 || *number == 1);
-    }
     const auto found = std::find_if(words.begin(), words.end(), [&word](const auto &row) {
         return word.compare(row.first, Qt::CaseInsensitive) == 0;
     });
+    const Word *row = kind == Switch ? findNamed(kSwitchWords, word) : nullptr;
     if (found != words.end())
         *number = found->second;
-    return found != words.end();
+    else if (row)
+        *number = row->raw;
+    return found != words.end() || row;
 }
 
 QString Observable::possible() const
@@ -217,7 +203,7 @@ QString Expectation::problem() const
     const bool isWord =
         isQuantity ? isNoReading(expected) : observable.numberOfWord(expected, &number);
     bool isNumber = isQuantity && quantityIn(expected).has_value();
-    if (!isNumber && !isQuantity && !observable.kind == Observable::Switch) {
+    if (!isNumber && !isQuantity && observable.kind != Observable::Switch) {
         const double given = expected.toDouble(&isNumber);
         isNumber = isNumber && std::isfinite(given);
     }

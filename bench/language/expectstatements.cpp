@@ -63,7 +63,7 @@ quint8 readCommandName(LineReader &line)
     return static_cast<quint8>(number);
 }
 
-void readFrame(LineReader &line, ParseContext &context, bool absent)
+void readFrameExpectation(LineReader &line, ParseContext &context, bool absent)
 {
     context.needs = NeedsBox;
     ExpectFrame step{readCommandName(line), {}, absent, 0};
@@ -81,7 +81,7 @@ void readExpect(LineReader &line, ParseContext &context)
     context.needs = NeedsHost;
     const bool absent = line.accept("no");
     if (line.accept("frame"))
-        return readFrame(line, context, absent);
+        return readFrameExpectation(line, context, absent);
     if (line.accept("signal"))
         return readSignal(line, context, absent);
     if (absent)

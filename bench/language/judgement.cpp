@@ -7,7 +7,7 @@ namespace bench {
 
 namespace {
 
-constexpr int kShown = 8;
+constexpr int kTimesShown = 8;
 constexpr int kSettle = 1000; // ms for a step's effect to be through: a resent frame takes 0.1 s.
 
 QString timeText(int milliseconds)
@@ -75,7 +75,7 @@ void Runner::await(const char *kind, const QString &expected, bool absent, int w
         if (came)
             return fail(QStringLiteral("no ") + expected, within, QStringLiteral("it came"));
         QStringList seen = others();
-        const int hidden = seen.size() - kShown;
+        const int hidden = seen.size() - kTimesShown;
         if (hidden > 0)
             seen = QStringList(QStringLiteral("%1 others").arg(hidden)) + seen.mid(hidden);
         fail(expected, within,

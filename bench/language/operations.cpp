@@ -41,13 +41,13 @@ constexpr Word kClimateKeys[] = {
 constexpr int kAmbientColour = 5;
 constexpr int kAmbientColours = 8;
 constexpr Word kCarSettings[] = {{4, "ambient_level"}, {kAmbientColour, "ambient_colour"}};
-constexpr Word kUnits[] = {{3, "temperature"}, {5, "pressure"}};
+constexpr Word kUnitSettings[] = {{3, "temperature"}, {5, "pressure"}};
 
 constexpr struct
 {
     const char *name;
     void (CanServiceBase::*request)();
-} kReports[] = {
+} kReportRequests[] = {
     {"gauges", &CanServiceBase::requsetGauges},
     {"climate", &CanServiceBase::requsetClimate},
     {"park_assist", &CanServiceBase::requsetParkAssist},
@@ -135,7 +135,7 @@ HostCall readCarSetting(LineReader &line)
 
 HostCall readUnit(LineReader &line)
 {
-    const int unit = readWord(line, "a unit setting", kUnits);
+    const int unit = readWord(line, "a unit setting", kUnitSettings);
     return [=](CanServiceBase &service) { service.setUnitCmd(unit); };
 }
 
@@ -182,7 +182,7 @@ auto readRow(LineReader &line, const char *what, const Rows &rows) -> decltype(s
 
 HostCall readRequest(LineReader &line)
 {
-    const auto *row = readRow(line, "the name of a report", kReports);
+    const auto *row = readRow(line, "the name of a report", kReportRequests);
     return [row](CanServiceBase &service) { (service.*row->request)(); };
 }
 

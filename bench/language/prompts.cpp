@@ -9,7 +9,7 @@ namespace {
 constexpr struct
 {
     const char *value, *name;
-} kNames[] = {
+} kPromptNames[] = {
     {"door.left_front", "the left front door"},
     {"door.right_front", "the right front door"},
     {"door.left_rear", "the left rear door"},
@@ -27,7 +27,7 @@ constexpr struct
 QString nameOf(ValueId id)
 {
     const QString value = QLatin1String(fieldOf(id).name);
-    for (const auto &row : kNames)
+    for (const auto &row : kPromptNames)
         if (value == QLatin1String(row.value))
             return QLatin1String(row.name);
     return value;

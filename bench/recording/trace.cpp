@@ -11,7 +11,7 @@ namespace bench {
 
 namespace {
 
-constexpr qint64 kMicroseconds = 1'000'000;
+constexpr qint64 kSecond = 1'000'000; // us
 constexpr int kFraction = 6;          // Digits.
 constexpr int kMaxSecondsDigits = 12; // Some 30000 years: no sum of such times overflows.
 
@@ -29,7 +29,7 @@ bool isAll(Text text, Condition isGood)
 
 constexpr auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
 constexpr auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
-constexpr auto isPrintable = [](char c) { return c > ' ' && c <= '~'; };
+constexpr auto isGraphic = [](char c) { return c > ' ' && c <= '~'; };
 constexpr auto isControl = [](char c) { return (quint8(c) < ' ' && c != '\t') || c == 0x7F; };
 
 // A part of a line for a message: short, and without what a terminal would obey.
@@ -38,7 +38,7 @@ QString quoted(Text field)
     constexpr int kShown = 24;
     QByteArray text(field.data(), static_cast<int>(field.size()));
     std::replace_if(
-        text.begin(), text.end(), [](char c) { return !isPrintable(c); }, '?');
+        text.begin(), text.end(), [](char c) { return !isGraphic(c); }, '?');
     if (text.size() > kShown)
         text = text.left(kShown) + "...";
     return QLatin1Char('\'') + QString::fromLatin1(text) + QLatin1Char('\'');
@@ -94,7 +94,7 @@ bool parseTime(Text text, qint64 *time)
     if (whole.size() > kMaxSecondsDigits || fraction.size() != kFraction ||
         !isAll(whole, isDigit) || !isAll(fraction, isDigit))
         return false;
-    *time = numberIn(whole) * kMicroseconds + numberIn(fraction);
+    *time = numberIn(whole) * kSecond + numberIn(fraction);
     return true;
 }
 
@@ -151,7 +151,7 @@ QString parseLine(Text text, TraceLine *line)
     if (!parseTime(time, &line->time))
         return QStringLiteral("%1 is no time; it has seconds and 6 digits, as in (12.500000)")
             .arg(quoted(time));
-    if (!isAll(port, isPrintable) || port.size() > kMaxTracePort)
+    if (!isAll(port, isGraphic) || port.size() > kMaxTracePort)
         return QStringLiteral("%1 is no port; its name has 1 to %2 letters of ASCII")
             .arg(quoted(port))
             .arg(kMaxTracePort);
@@ -177,8 +177,8 @@ QString parseLine(Text text, TraceLine *line)
 
 QByteArray traceText(const TraceLine &line)
 {
-    const QByteArray fraction = QByteArray::number(line.time % kMicroseconds);
-    return '(' + QByteArray::number(line.time / kMicroseconds) + '.' +
+    const QByteArray fraction = QByteArray::number(line.time % kSecond);
+    return '(' + QByteArray::number(line.time / kSecond) + '.' +
            fraction.rightJustified(kFraction, '0') + ") " + line.port +
            (line.fromBox ? " R " : " T ") + line.bytes.toHex().toUpper() + '\n';
 }

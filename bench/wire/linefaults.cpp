@@ -32,15 +32,7 @@ constexpr FaultInfo kFaults[] = {
     {Fault::UnplugMidWrite, "unplug-write", "the cable is pulled while the host writes"},
 };
 static_assert(std::size(kFaults) == kFaultCount);
-
-constexpr bool isInEnumOrder()
-{
-    for (int i = 0; i < kFaultCount; ++i)
-        if (kFaults[i].fault != static_cast<Fault>(i))
-            return false;
-    return true;
-}
-static_assert(isInEnumOrder());
+static_assert(isInEnumOrder(kFaults, [](const FaultInfo &row) { return row.fault; }));
 
 // A type that the service knows, and one that it does not.
 constexpr Report kKnown = *findReport(Inbound::Climate);

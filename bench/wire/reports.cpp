@@ -12,10 +12,6 @@ namespace {
 constexpr int kTwoCodeModels[] = {1,  11, 27, 30, 35, 39, 47, 51, 55,  58,  65, 68,
                                   69, 76, 79, 82, 86, 92, 97, 98, 111, 112, 119};
 
-// Of every switch, beside its own.
-constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "1"},
-                                 {0, "off"}, {0, "false"}, {0, "0"}};
-
 bool isSwitch(const Field &field) { return field.words.count == 2 && field.high < 0; }
 
 template <typename Rows>

@@ -35,6 +35,10 @@ struct Word
     const char *name;
 };
 
+/// What a switch is called everywhere, beside its own words.
+inline constexpr Word kSwitchWords[] = {{1, "on"},  {1, "true"},  {1, "1"},
+                                        {0, "off"}, {0, "false"}, {0, "0"}};
+
 /// Null for a number without a word.
 inline const Word *wordOf(Span<Word> words, double number)
 {
@@ -42,6 +46,16 @@ inline const Word *wordOf(Span<Word> words, double number)
         return static_cast<double>(word.raw) == number;
     });
     return found == words.end() ? nullptr : found;
+}
+
+/// Whether each row stands at the place of its own key, which `keyOf` tells.
+template <typename Row, std::size_t count, typename KeyOf>
+constexpr bool isInEnumOrder(const Row (&table)[count], KeyOf keyOf)
+{
+    for (std::size_t place = 0; place < count; ++place)
+        if (static_cast<std::size_t>(keyOf(table[place])) != place)
+            return false;
+    return true;
 }
 
 /// The row of that name; null for none.
