@@ -45,6 +45,12 @@ struct Bench
         return error;
     }
 
+    QString cluster() const
+    {
+        const bench::Cluster &shown = car.cluster();
+        return QStringList{shown.source, shown.lines[0], shown.lines[1], shown.clock}.join('|');
+    }
+
     VirtualCar car;
     bench::SteadyClock clock;
     VirtualBox box{&car, clock};
@@ -78,15 +84,77 @@ const struct
     {"a type that nothing reports", "", "2e9002 2500 48", ""},
 };
 
-// A command, and the car's value that follows it; without a name, the cluster's first line.
+// A command of the host with its payload, and how a person is told of it. Then a value of the car
+// as it reads after each of so many of them, or what the cluster shows after the first: source, two
+// lines and clock. What is set before stands behind the name.
 const struct
 {
-    const char *name, *command, *value, *text;
+    const char *name, *command, *meaning, *value, *texts;
 } kCommands[] = {
-    {"released climate key changes nothing", "2ec603ac0000 8a", "climate.power", "on"},
-    {"temperature unit reaches the climate", "2ec902 7201 c1", "climate.unit", "fahrenheit"},
-    {"pressure unit out of range", "2ec902 7003 c1", "unit.pressure", "kpa"},
-    {"text beyond ASCII", "2ec109 01 00000000 00e4 20ac 84", "", "\u00E4\u20AC"},
+    {"key up", "c6 ac0000", "the key came up", "climate.power", "on"},
+    {"power", "c6 ac0100", "the next of climate.power", "climate.power", "off, on"},
+    {"air conditioning", "c6 ac0200", "the next of climate.ac", "climate.ac", "on, off"},
+    {"air", "c6 ac0300", "the next of climate.inside_air", "climate.inside_air", "on, off"},
+    {"automatic", "c6 ac0400", "the next of climate.auto", "climate.auto", "off, on"},
+    {"maximum", "c6 ac0500", "the next of climate.max", "climate.max", "on, off"},
+    {"dual", "c6 ac0600", "the next of climate.dual", "climate.dual", "off, on"},
+    {"left heat", "c6 ac0700", "the next of climate.left_seat", "climate.left_seat",
+     "heat1, heat2, heat3, off"},
+    {"heat after ventilation: climate.left_seat=vent2", "c6 ac0700",
+     "the next of climate.left_seat", "climate.left_seat", "heat1, heat2"},
+    {"right heat", "c6 ac0800", "the next of climate.right_seat", "climate.right_seat",
+     "heat1, heat2, heat3, off"},
+    {"left ventilation", "c6 ac0900", "the next of climate.left_seat", "climate.left_seat",
+     "vent1, vent2, vent3, off"},
+    {"ventilation after heat: climate.right_seat=heat3", "c6 ac0a00",
+     "the next of climate.right_seat", "climate.right_seat", "vent1, vent2, vent3, off"},
+    {"wheel", "c6 ac0b00", "the next of climate.wheel_heat", "climate.wheel_heat", "on, off"},
+    {"rear climate", "c6 ac1100", "the next of climate.rear", "climate.rear", "on, off"},
+    {"windscreen", "c6 ac1700", "the next of climate.front_defrost", "climate.front_defrost",
+     "on, off"},
+    {"rear window", "c6 ac1800", "the next of climate.rear_defrost", "climate.rear_defrost",
+     "on, off"},
+    {"warmer: climate.left=28.5", "c6 ac1a00", "climate.left up", "climate.left",
+     "29 \u00B0C, 29.5 \u00B0C, 29.5 \u00B0C"},
+    {"colder: climate.left=16.5", "c6 ac1b00", "climate.left down", "climate.left",
+     "16 \u00B0C, 15.5 \u00B0C, 15.5 \u00B0C"},
+    {"right warmer", "c6 ac1c00", "climate.right up", "climate.right", "22.5 \u00B0C, 23 \u00B0C"},
+    {"right colder", "c6 ac1d00", "climate.right down", "climate.right", "21.5 \u00B0C"},
+    {"more air: climate.fan=5", "c6 ac1e00", "climate.fan up", "climate.fan", "6, 7, 7"},
+    {"less air: climate.fan=2", "c6 ac1f00", "climate.fan down", "climate.fan", "1, 0, 0"},
+    {"mode of 0x20", "c6 ac2000", "climate.mode 1", "climate.mode", "1, 1"},
+    {"mode of 0x21", "c6 ac2100", "climate.mode 3", "climate.mode", "3"},
+    {"mode of 0x22: climate.mode=0", "c6 ac2200", "climate.mode 2", "climate.mode", "2"},
+    {"mode of 0x23", "c6 ac2300", "climate.mode 4", "climate.mode", "4"},
+    {"mode of 0x25", "c6 ac2500", "climate.mode 5", "climate.mode", "5"},
+    {"no climate key", "c6 ac2600", "", "climate.mode", "2"},
+    {"temperature unit", "c9 7201", "unit.temperature fahrenheit, climate.unit fahrenheit",
+     "climate.unit", "fahrenheit"},
+    {"temperature unit out of range", "c9 7202", "", "unit.temperature", "celsius"},
+    {"pressure unit", "c9 7002", "unit.pressure bar", "unit.pressure", "bar"},
+    {"pressure unit out of range", "c9 7003", "", "unit.pressure", "kpa"},
+    {"ambient light", "c5 0364", "ambient.colour 3, ambient.level 100", "ambient.colour", "3"},
+    {"ambient light of three bytes", "c5 036400", "", "ambient.level", "50"},
+    {"another source", "c0 07", "source 7", "", "source 7|||"},
+    {"FM1", "c0 01002e2200", "FM1 87.50 MHz", "", "FM1 87.50 MHz|||"},
+    {"FM3", "c0 0102302a00", "FM3 108.00 MHz", "", "FM3 108.00 MHz|||"},
+    {"AM", "c0 0110f00300", "AM 1008 kHz", "", "AM 1008 kHz|||"},
+    {"radio of four bytes", "c0 01002e22", "", "", "|||"},
+    {"radio of another kind", "c0 02002e2200", "", "", "|||"},
+    {"line 1", "c1 010000000000410042", "line 1 'AB'", "", "text|AB||"},
+    {"line 2 beyond ASCII", "c1 020000000000e420ac", "line 2 '\u00E4\u20AC'", "",
+     "text||\u00E4\u20AC|"},
+    {"an empty line", "c1 0100000000", "line 1 ''", "", "text|||"},
+    {"line 0", "c1 00000000000041", "", "", "|||"},
+    {"clock", "82 19060f0a1e00", "2025-06-15 10:30", "", "|||2025-06-15 10:30"},
+    {"clock of a byte less", "82 19060f0a1e", "", "", "|||"},
+    {"start", "81 01", "start", "climate.power", "on"},
+    {"stop", "81 00", "stop", "climate.power", "on"},
+    {"neither start nor stop", "81 02", "", "climate.power", "on"},
+    {"request", "90 2100", "climate", "climate.power", "on"},
+    {"request of a byte", "90 21", "", "climate.power", "on"},
+    {"car selection", "91 34", "index 52", "climate.power", "on"},
+    {"car selection of two bytes", "91 3412", "", "climate.power", "on"},
 };
 
 const struct
@@ -133,10 +201,25 @@ private slots:
     void carObeysCommands()
     {
         const auto &row = currentRow(kCommands);
+        const QByteArray bytes = hex(row.command);
+        const canbox::Outbound command{canbox::byteAt(bytes, 0)};
+        QCOMPARE(VirtualBox::meaning(command, bytes.mid(1)), QString(row.meaning));
+
         Bench bench;
-        bench.box.receive(hex(row.command));
+        const QString before = QString(row.name).section(": ", 1);
+        if (!before.isEmpty())
+            QCOMPARE(bench.set(before.section('=', 0, 0), before.section('=', 1)), QString());
+        QSignalSpy shown(&bench.car, &VirtualCar::clusterChanged);
         const auto id = bench::findValue(row.value);
-        QCOMPARE(id ? bench.car.text(*id) : bench.car.cluster().lines[0], QString(row.text));
+        for (const QString &text : QString(row.texts).split(", ")) {
+            bench.box.receive(canbox::buildFrame(canbox::byteAt(bytes, 0), bytes.mid(1)));
+            QCOMPARE(id ? bench.car.text(*id) : bench.cluster(), text);
+        }
+        QCOMPARE(bench.box.misunderstood(), *row.meaning ? 0 : 1);
+
+        // The cluster changes once, however often it is told the same.
+        bench.box.receive(canbox::buildFrame(canbox::byteAt(bytes, 0), bytes.mid(1)));
+        QCOMPARE(shown.size(), !id && *row.meaning ? 1 : 0);
     }
 
     void reportsChangesWhileStarted()
@@ -186,6 +269,30 @@ private slots:
         QCOMPARE(bench.box.resent(), 1);
         QCOMPARE(bench.box.received().badReceipts, 3);
         QCOMPARE(bench.box.received().goodReceipts, 1);
+    }
+
+    void aReceiptMayTakeASecond()
+    {
+        bench::ManualClock clock;
+        VirtualCar car;
+        VirtualBox box(&car, clock);
+        QByteArray sent;
+        connect(&box, &VirtualBox::transmit, this, [&](const QByteArray &bytes) { sent += bytes; });
+        for (const bool inTime : {true, false}) {
+            box.report(canbox::Inbound::AmbientLight);
+            QVERIFY(!box.isQuiet());
+            clock.advance(inTime ? 1'000'000'000 : 1'001'000'000);
+            QTRY_COMPARE(sent, hex("2e6102 0232 68"));
+            sent.clear();
+            QCOMPARE(box.isQuiet(), !inTime);
+            box.receive(hex("f0"));
+            QCOMPARE(box.resent(), 1);
+            clock.advance(10'000'000);
+            QTRY_COMPARE(sent.size(), inTime ? 6 : 0);
+            sent.clear();
+            box.receive(hex("ff"));
+            QVERIFY(box.isQuiet());
+        }
     }
 
     void survivesBadBytes_data() { addRows(kBadBytes); }

@@ -18,6 +18,25 @@ namespace {
 // Models with one and with two codes a sensor, and one with a palette of its own.
 constexpr int kModels[] = {22, 1, 97};
 
+// What a person may write for a value: the raw number that it stands for, or none.
+constexpr struct
+{
+    const char *name, *texts;
+} kTexts[] = {
+    {"climate.ac", "on 1|true 1|1 1|off 0|false 0|0 0|ON 1|open|2|-1|"},
+    {"climate.power", "on 0|true 0|1 0|off 1|false 1|0 1"}, // A bit that says what is off.
+    {"door.rear", "open 1|closed 0|on 1|OPEN 1|high"},
+    {"climate.left", "low 0|high 127|none 255|15.2|15.3 31|15.5 31|29.5 59|29.7 59|29.8|nan|inf"},
+    {"climate.fan", "0 0|7 7|-1|8|full"},
+    {"climate.left_seat", "off 0|vent1 1|heat3 6|0|7|on"},
+    {"unit.pressure", "psi 0|kpa 1|bar 2|0"},
+    {"drive.consumption", "none 255|0.1 0|29.9 149|30.1|0"},
+    {"drive.range", "none 65535|0 0|65534 65534|65535"},
+    {"tyre.rear_left.pressure", "2.75 1|698.5 254|none 255|701.25"},
+    {"battery.voltage", "3 0|18.874172 255|2.9|19"},
+    {"radar.rear.left", "none 0|1 1|31 31|0|32"},
+};
+
 /// The plug-in in a host of its own, and the watch over it.
 struct HeadUnit
 {
@@ -187,9 +206,28 @@ private slots:
                                      .arg(raw)
                                      .arg(field.name)));
                 }
+                const Word *word = wordOf(field.words, raw); // Both speak of it alike.
+                if (own >= 0 && getter(own).meaning && word)
+                    QCOMPARE(getter(own).textOf(*unit.host.service()), QString(word->name));
                 isShown = isShown || (own < 0 ? after != before : after.at(own) != before.at(own));
             }
             QVERIFY2(isShown, field.name);
+        }
+    }
+
+    void textsStandForRawValues_data() { addRows(kTexts); }
+    void textsStandForRawValues()
+    {
+        const auto &row = currentRow(kTexts);
+        const Field &field = fieldOf(*findValue(row.name));
+        for (const QString &text : QString(row.texts).split('|')) {
+            const QString given = text.section(' ', 0, 0), expected = text.section(' ', 1);
+            QString error;
+            int raw = -1;
+            QCOMPARE(parseValue(field, given, &raw, &error), !expected.isEmpty());
+            QCOMPARE(expected.isEmpty() ? QString() : QString::number(raw), expected);
+            QCOMPARE(error.contains("cannot be '" + given + "'; possible: " + valueRange(field)),
+                     expected.isEmpty());
         }
     }
 
