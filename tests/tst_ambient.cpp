@@ -10,35 +10,14 @@ QString ambientOf(ServiceTest &test)
     return QString::asprintf("%d %d", ambient.colour, ambient.level);
 }
 
-// The host's index of each box code, and the frame of each code at level 12.
+// The host's index of each box code.
 constexpr int kOwn[8] = {7, 6, 1, 5, 3, 0, 2, 4};
 constexpr int kCommon[8] = {7, 1, 3, 2, 4, 5, 0, 6};
-const QString kFrameOfCode[8] = {"2ec502003cfc !", "2ec502013cfb !", "2ec502023cfa !",
-                                 "2ec502033cf9 !", "2ec502043cf8 !", "2ec502053cf7 !",
-                                 "2ec502063cf6 !", "2ec502073cf5 !"};
 
-// A key that follows a report.
-const struct
+QString frame(int code, int level)
 {
-    const char *name, *report;
-    int key, value;
-    const char *frame;
-} kKeys[] = {
-    {"up from the lowest", "0600", 4, 1, "2ec50206052d !"},
-    {"a level in part counts as none", "0604", 4, 1, "2ec50206052d !"},
-    {"up to the highest", "0663", 4, 1, "2ec5020664ce !"},
-    {"not above the highest", "0664", 4, 1, ""},
-    {"not up from beyond", "06ff", 4, 1, ""},
-    {"down to the lowest", "0605", 4, -1, "2ec502060032 !"},
-    {"not below the lowest", "0604", 4, -1, ""},
-    {"down from beyond", "06ff", 4, -1, "2ec50206fa38 !"},
-    {"no step", "0632", 4, 0, ""},
-    {"two steps up", "0632", 4, 2, ""},
-    {"two steps down", "0632", 4, -2, ""},
-    {"a colour keeps a level beyond", "02ff", 5, 0, "2ec50206ff33 !"},
-    {"key 0", "0632", 0, 1, ""},
-    {"key 260 is not key 4", "0632", 260, 1, ""},
-};
+    return QString::asprintf("2ec502%02x%02x%02x !", code, level, (0x38 - code - level) & 0xFF);
+}
 
 } // namespace
 
@@ -65,26 +44,35 @@ private slots:
                 constexpr int kNone[] = {8, -1, 255, 256, 263, INT_MIN, INT_MAX};
                 const int index = key < 8 ? indexOfCode[key] : kNone[key - 8];
                 QCOMPARE(test.service.sendCarSettingKey(5, index), 0);
-                QCOMPARE(test.taken(), kFrameOfCode[key < 8 ? key : 0]);
+                QCOMPARE(test.taken(), frame(key < 8 ? key : 0, 60));
             }
         }
     }
 
-    void keys_data() { addRows(kKeys); }
-    void keys()
+    // A level is five of the box's steps, those in part do not count, and 20 is the highest. Every
+    // key starts from the report and leaves it alone.
+    void keysFollowTheReport()
     {
-        const auto &row = currentRow(kKeys);
+        constexpr int kCodes[] = {0, 0, 6, 1, 3}; // Of the indices from -2 on; 6 is reported.
         selectCar(40);
         ServiceTest test;
-        test.dispatch(0x61, hex(row.report));
-        const QString before = ambientOf(test);
-        for (int press = 0; press < 2; ++press) { // Both start from the report.
-            const LogCapture log;
-            QCOMPARE(test.service.sendCarSettingKey(row.key, row.value), 0);
-            QCOMPARE(test.taken(), row.frame);
-            QCOMPARE(ambientOf(test), before);
-            QCOMPARE(log.items().first(),
-                     QString::asprintf("ggggggggggg %d %d", row.key, row.value));
+        for (int byte = 0; byte < 256; ++byte) {
+            test.dispatch(0x61, QByteArray(1, '\6') + static_cast<char>(byte));
+            const QString before = ambientOf(test);
+            const int level = byte / 5;
+            for (const int key : {0, 3, 4, 5, 6, 260}) {
+                for (int value = -2; value <= 2; ++value) {
+                    const LogCapture log;
+                    QCOMPARE(test.service.sendCarSettingKey(key, value), 0);
+                    const bool steps = (value == 1 && level < 20) || (value == -1 && level > 0);
+                    QCOMPARE(test.taken(), key == 5            ? frame(kCodes[value + 2], level * 5)
+                                           : key == 4 && steps ? frame(6, (level + value) * 5)
+                                                               : QString(""));
+                    QCOMPARE(ambientOf(test), before);
+                    QCOMPARE(log.items().first(),
+                             QString::asprintf("ggggggggggg %d %d", key, value));
+                }
+            }
         }
     }
 
