@@ -113,5 +113,9 @@ struct CameraData
     /// \}
 };
 
+// Passed and returned in registers.
+static_assert(std::is_trivially_copyable_v<GPSTimePacket> && std::is_trivially_copyable_v<GPSTime>);
+static_assert(std::is_trivially_copyable_v<CameraData>);
+
 /// Known to the host alone; the service passes it on by reference and never looks inside.
 struct VehicleMaintenanceData;

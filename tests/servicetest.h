@@ -11,7 +11,6 @@
 
 #include <climits>
 #include <functional>
-#include <memory>
 #include <vector>
 
 /// A float to its last bit, for comparisons that forgive nothing.

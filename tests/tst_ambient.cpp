@@ -88,9 +88,6 @@ private slots:
         QCOMPARE(test.taken(), "2ec50200f642 !, 2ec50200fb3d !");
         test.service.start();
         QCOMPARE(ambientOf(test), "0 0");
-        test.take();
-        test.service.sendCarSettingKey(4, 1);
-        QCOMPARE(test.taken(), "2ec50205052e !");
     }
 };
 

@@ -1,14 +1,12 @@
 // The climate frame: every getter over it, and the set temperatures.
 #include "servicetest.h"
 
-using canservice::SimpleService;
-
 namespace {
 
 // The flags that are set, a letter each: power off, air conditioning, inside air, automatic, dual,
 // rear defrost, rear climate, front defrost, wheel heat, maximum. Then wind mode and scale, heat
 // and ventilation of the left and of the right seat.
-QString climateOf(SimpleService &s)
+QString climateOf(canservice::SimpleService &s)
 {
     const bool flags[] = {s.isPowerOff(),  s.isAc(),          s.isInside(),      s.isAuto(),
                           s.isDual(),      s.isRearDefrost(), s.isRearClimate(), s.isFrontDefrost(),

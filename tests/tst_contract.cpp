@@ -91,10 +91,6 @@ const Operation kOperations[] = {
 #undef OP
 };
 
-// Returned and passed in registers. Slots and layouts are in the frozen contract.
-static_assert(std::is_trivially_copyable_v<GPSTimePacket> && std::is_trivially_copyable_v<GPSTime>);
-static_assert(std::is_trivially_copyable_v<CameraData>);
-
 } // namespace
 
 class ContractTest : public QObject

@@ -8,9 +8,6 @@
 #include <QMetaMethod>
 #include <QPointer>
 
-#include <climits>
-
-using canservice::ServiceProbe;
 using canservice::SimpleService;
 
 namespace {
@@ -50,28 +47,21 @@ State stateOf(ServiceTest &test)
     return state;
 }
 
-// What a host sees and has of chunks, whose port reads while it writes and whose slots run event
-// loops: from one event on, each lets the next chunk in.
-std::pair<QStringList, State> outcomeOf(const QList<QByteArray> &chunks, int firstEvent = INT_MAX)
+// What a host sees and has of a stream in chunks, whose port reads while it writes and whose slots
+// run event loops: from one event on, each lets the next chunk in.
+std::pair<QStringList, State> outcomeOf(const QByteArray &stream, int size, int firstEvent)
 {
     const LogCapture silence(false);
     ServiceTest test;
     int next = 0;
+    const auto feed = [&] { test.receive(stream.mid(std::exchange(next, next + size), size)); };
     test.afterEvent = [&] {
-        if (test.journal.size() > firstEvent && next < chunks.size())
-            test.receive(chunks.at(next++));
+        if (test.journal.size() > firstEvent && next < stream.size())
+            feed();
     };
-    while (next < chunks.size())
-        test.receive(chunks.at(next++));
+    while (next < stream.size())
+        feed();
     return {test.journal, stateOf(test)};
-}
-
-QList<QByteArray> cut(const QByteArray &stream, int size)
-{
-    QList<QByteArray> pieces;
-    for (int at = 0; at < stream.size(); at += size)
-        pieces << stream.mid(at, size);
-    return pieces;
 }
 
 } // namespace
@@ -142,10 +132,10 @@ private slots:
             if (row.other)
                 stream += canbox::buildFrame(canbox::byteAt(frame, 1), hex(row.other)) + frame;
         }
-        const auto [events, state] = outcomeOf({stream});
+        const auto [events, state] = outcomeOf(stream, stream.size(), INT_MAX);
         for (const int size : {1, 2, 3, 7, 15, 40, stream.size()}) {
             for (int event = 0; event < events.size(); ++event) {
-                const auto nested = outcomeOf(cut(stream, size), event);
+                const auto nested = outcomeOf(stream, size, event);
                 QCOMPARE(nested.first, events);
                 QVERIFY(nested.second == state);
             }
@@ -164,7 +154,7 @@ private slots:
         for (int i = type.methodOffset(); i < type.methodCount(); ++i, ++signalCount) {
             const QPointer<SimpleService> service(new SimpleService);
             QVERIFY(connect(service, type.method(i), service, end));
-            emit ServiceProbe(*service).port.read(stream);
+            emit canservice::ServiceProbe(*service).port.read(stream);
             QVERIFY(service);
             QCOMPARE(service->version(), QString("V12"));
             QCoreApplication::sendPostedEvents(service, QEvent::DeferredDelete);

@@ -6,8 +6,6 @@ namespace {
 // Events: four digits are a frame's key and action, with a P before them a panel's; T is the end of
 // the timer. What comes of them: key, state and source of each signal; the key that is remembered.
 const Case kStrokes[] = {
-    {"short press", "0501 0500", "5 0 true, 5 1 true, 5"},
-    {"long press", "0501 T 0500", "5 0 true, 5 2 true, 5 3 true, 5"},
     {"a second press is dropped", "0501 0901 0501 0900", "5 0 true, 5 1 true, 9"},
     {"a release needs no key", "0501 0000", "5 0 true, 5 1 true, 0"},
     {"a release without a press", "0500", "-1"},

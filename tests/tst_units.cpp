@@ -64,7 +64,6 @@ private slots:
             {5, "2ec9027000c4 !", "0\u00B0C 0psi"},
             {4, "", "0\u00B0C 0psi"},
             {-1, "", "0\u00B0C 0psi"},
-            {5, "2ec9027001c3 !", "0\u00B0C 1psi"},
         };
         for (const auto &step : steps) {
             test.service.setUnitCmd(step.command);
