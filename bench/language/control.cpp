@@ -79,6 +79,8 @@ void Control::doStep(const QString &text)
         scenario.mistakes = findObstacles(scenario.steps, mStage.present());
     if (!scenario.mistakes.isEmpty())
         return answered(error(scenario.mistakes.first().text));
+    if (!context.repetitions.isEmpty())
+        return answered(error(QStringLiteral("only a scenario can repeat steps")));
     if (scenario.steps.isEmpty())
         return answered(error(QStringLiteral("the car model is chosen at the start, by --model")));
     mBusy = true;
