@@ -4,7 +4,12 @@
 
 #include "bench/language/closestname.h"
 #include "bench/language/parser.h"
+#include "bench/language/prompts.h"
 #include "bench/screen/liveview.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
 
 using namespace bench;
 
@@ -22,15 +27,11 @@ const struct
     {"a step's word that is like none", "xyzzyx", 1, "possible: model, start"},
     {"a car value with a slip", "set drive.sped 3", 5, "did you mean 'drive.speed'"},
     {"a word that the value does not have", "set door.rear ajar", 15, "possible: closed, open"},
-    {"a number out of range", "set climate.left 40", 18, "15.5 to 29.5"},
     {"a number that is none of a value", "set climate.left nan", 18, "15.5 to 29.5"},
     {"a number beyond all", "set climate.left 1e300", 18, "15.5 to 29.5"},
     {"a value that is missing", "set climate.left  # 20", 17, "the line ends where 15.5 to"},
     {"a missing word", "ramp drive.speed 5 over 1s", 18, "'5' is where 'to' belongs"},
-    {"a time without unit", "wait 200", 6, "'200' is not a time"},
-    {"a time that is too long", "wait 61min", 6, "up to 60min"},
     {"a time below zero", "wait -1s", 6, "is not a time"},
-    {"a key out of range", "press 256", 7, "from 0 to 255"},
     {"a wait that is not real", "wait 1s reel", 9, "'reel' is too much"},
     {"a quote without end", "say \"hello", 5, "no end"},
     {"an operator for a name", "expect == 3", 8, "'==' is where the name of a getter belongs"},
@@ -39,7 +40,6 @@ const struct
     {"a text for a number", "expect link == up", 16, "link cannot be 'up'; possible: a number"},
     {"a number that is none", "expect link > nan", 15, "link cannot be 'nan'; possible: a number"},
     {"an order of texts", "expect cluster.clock < 3", 24, "compare it by == or !="},
-    {"an order of a switch", "expect door.rear > closed", 20, "compare it by == or !="},
     {"a signal with a slip", "expect signal doorChange", 15, "did you mean 'doorChanged'"},
     {"too few arguments of a signal", "expect signal keyEvent(5)", 24, "has 3 arguments, not 1"},
     {"an open parenthesis", "expect signal keyEvent(5, 1, true", 34, "where ')' belongs"},
@@ -47,18 +47,10 @@ const struct
      "'climate comand'; possible"},
     {"half a name of a frame", "expect frame car", 17, "where the rest of the name belongs"},
     {"a frame's byte out of range", "expect frame clock 1 300", 22, "'300' is not a payload byte"},
-    {"a payload byte out of range", "frame 0x55 256", 12, "'256' is not a payload byte"},
     {"a model after a step", "wait 1s\nmodel 3", 1, "before the first step"},
-    {"a second start", "start\nstart", 1, "'stop' it before"},
-    {"a call before the start", "call unit pressure", 1, "'start' it before"},
-    {"a plug that is in", "plug", 1, "'unplug' it before"},
-    {"a plug that is out", "unplug\nunplug", 1, "'plug' it"},
     {"an unknown operation", "start\ncall clok 2025-01-01 10:00", 6, "did you mean 'clock'"},
     {"a day that is not in the calendar", "start\ncall clock 2025-02-30 10:00", 12, "a date"},
     {"a fault with a slip", "fault bitflip", 7, "did you mean 'bit-flip'"},
-    {"a change of words", "change door.rear by 1", 21, "'toggle' it"},
-    {"a fault that is more than certain", "fault drop rate 101%", 17, "0% to 100%"},
-    {"a rate of no fault", "fault drop rate 0.5, rate 1", 22, "no fault 'rate'"},
     {"bytes that are no text", "say \"\xff\"", 1, "not UTF-8 text"},
     {"a zero byte", QByteArray("say \"\0\"", 7), 1, "not UTF-8 text"},
 };
@@ -77,6 +69,68 @@ const struct
     {"a text with a number", QStringLiteral("3km/h"), "== 3km/h|== 3|< 4", "!= 3|== 30|> 3"},
     {"a text without reading", QStringLiteral("--"), "== none|== --|!= 3", "== 3|> 0"},
     {"no text", QString(), "== \"\"", "!= \"\""},
+};
+
+// A scenario, the text of each file that it includes, and what is read: its steps by line, or what
+// is wrong.
+const struct
+{
+    const char *name;
+    QByteArray text, included;
+    const char *outcome;
+} kStructures[] = {
+    {"one repeat in another", "repeat 2\nsay 1\nrepeat 3\nsay 2\nend\nend", "",
+     "2 say 1|4 say 2|4 say 2|4 say 2|2 say 1|4 say 2|4 say 2|4 say 2"},
+    {"several steps of a line", "set door.rear open, key.code 3 # both", "",
+     "1 set door.rear open, key.code 3|1 set door.rear open, key.code 3"},
+    {"a file in a repeat", "repeat 2\ninclude \"b\"\nend", "\nsay 1",
+     "dir/b:2 say 1|dir/b:2 say 1"},
+    {"a mistake in a file", "\n include \"sub/../b\"", "wait",
+     "dir/b:1:5 the line ends where a time (200ms, 1.5s, 2min) belongs"},
+    {"a repeat without end", "say 1\nrepeat 2", "", "2:8 this repeat has no 'end'"},
+    {"no times", "repeat 0", "", "1:8 '0' is not a number of times from 1 to 100000"},
+    {"the most steps", "repeat 100000\nsay 1\nend", "", "100000 steps"},
+    {"a step too many", "say 0\nrepeat 50000\nsay 1\nsay 2\nend", "",
+     "5:1 these are more than 100000 steps"},
+    {"a service that is left stopped", "start\nrepeat 2\nstop\nend", "",
+     "4:1 the steps from line 2 cannot be repeated: they leave the service stopped"},
+    {"a service that was stopped", "repeat 2\nstart\nend", "",
+     "3:1 the steps from line 1 cannot be repeated: they begin with the service stopped"},
+    {"a box that is left unplugged", "repeat 2\nunplug\nend", "",
+     "3:1 the steps from line 1 cannot be repeated: they leave the box unplugged"},
+    {"a box that was unplugged", "unplug\nrepeat 2\nplug\nend", "",
+     "4:1 the steps from line 2 cannot be repeated: they begin with the box unplugged"},
+    {"a file in itself", "include \"a.scenario\"", "", "1:9 'dir/a.scenario' would include itself"},
+    {"a file in a file in itself", "include \"b\"", "include \"./b\"",
+     "dir/b:1:9 'dir/b' would include itself"},
+    {"a file that is not there", "include \"c\"", "", "1:9 dir/c is not there"},
+    {"half a repeat in a file", "include \"b\"", "repeat 2",
+     "1:9 'dir/b' has a 'repeat' without 'end', or the reverse"},
+    {"the other half", "repeat 2\nsay 1\ninclude \"b\"", "end",
+     "3:9 'dir/b' has a 'repeat' without 'end', or the reverse"},
+    {"the most files", QByteArray("include \"b\"\n").repeated(100), "", "0 steps"},
+    {"a file too many", QByteArray("include \"b\"\n").repeated(101), "",
+     "101:9 these are more than 100 included files"},
+};
+
+// Steps of the box, and what a person is asked for instead of each.
+const struct
+{
+    const char *step, *prompt;
+} kPrompts[] = {
+    {"set door.rear open", "Open the tailgate"},
+    {"set door.left_front closed", "Close the left front door"},
+    {"set climate.ac on", "Switch the A/C on"},
+    {"set climate.power off", "Switch the climate control off"},
+    {"set climate.left low", "Bring the left temperature to low"},
+    {"set ambient.level 3", "Bring ambient.level to 3"},
+    {"ramp drive.speed to 50, climate.fan from 1 to 7 over 1.5s",
+     "Bring the speed to 50 km/h and the fan to 7 within 1.5 s"},
+    {"press 5", "Press the steering-wheel key 5 for 0.2 s"},
+    {"hold 0x10", "Press the steering-wheel key 16 and hold it"},
+    {"release", "Release the steering-wheel key"},
+    {"unplug", "Pull the cable of the box"},
+    {"plug", "Put the cable of the box back"},
 };
 
 // What changes the car, by the host and by the bench, and the getter that shows what each time
@@ -125,7 +179,8 @@ const struct
 // What follows a start with a link; the exit code, and the message after the file's name.
 const struct
 {
-    const char *name, *text;
+    const char *name;
+    QByteArray text;
     int code;
     const char *message;
 } kEndings[] = {
@@ -150,6 +205,13 @@ const struct
      "expect frame climate command 0xAC 0 0\nexpect no frame car select within 10ms\n"
      "expect frame clock within 50ms\n",
      3, ":8: expected frame 0x82 clock within 50ms, but there was no frame at all"},
+    {"many other signals",
+     "bytes" + QByteArray(" 0x2e 0x30 1 0x31 0x9d").repeated(10) +
+         "\nexpect signal doorChanged within 2s\n",
+     3,
+     ":4: expected doorChanged within 2s, but there was 2 others, sigVersionData, "
+     "sigVersionData, sigVersionData, sigVersionData, sigVersionData, sigVersionData, "
+     "sigVersionData, sigVersionData"},
     {"a getter of another type", "expect climate.ac == 2", 2,
      ":3:22: climate.ac cannot be '2'; possible: off, on"},
     {"a mistake in the last line", "wait", 2,
@@ -229,6 +291,56 @@ private slots:
         QCOMPARE(lines.join(' '), QStringLiteral("1 4 5"));
     }
 
+    void readsStructures_data() { addRows(kStructures); }
+    void readsStructures()
+    {
+        const auto &row = currentRow(kStructures);
+        static QByteArray included;
+        included = row.included;
+        const Scenario scenario =
+            parseScenario(row.text, "dir/./a.scenario", [](const QString &path, QByteArray *text) {
+                *text = included;
+                return path == "dir/b" ? QString() : path + " is not there";
+            });
+        QStringList outcome;
+        const auto place = [](const auto &one) {
+            return one.file + (one.file.isEmpty() ? "" : ":");
+        };
+        for (const Mistake &mistake : scenario.mistakes)
+            outcome += place(mistake) +
+                       QString("%1:%2 %3").arg(mistake.line).arg(mistake.column).arg(mistake.text);
+        for (const Step &step : scenario.steps.mid(0, outcome.isEmpty() ? 10 : 0))
+            outcome += place(step) + QString("%1 %2").arg(step.line).arg(step.text);
+        if (outcome.size() % 10 == 0)
+            outcome = QStringList(QString("%1 steps").arg(scenario.steps.size()));
+        QCOMPARE(outcome.join('|'), QString(row.outcome));
+    }
+
+    void asksAPersonInstead()
+    {
+        QByteArray text = "wait 1s\nsilence\n";
+        QStringList expected, obstacles;
+        for (const auto &row : kPrompts) {
+            text += QByteArray(row.step) + '\n';
+            expected += row.prompt + QString(", then press Enter.");
+        }
+        Scenario scenario = parseScenario(text + "start\nset climate.fan 1, drive.speed none");
+        expected +=
+            {"Bring the fan to 1, then press Enter.", "Bring the speed to none, then press Enter."};
+        QStringList asked;
+        for (const Mistake &mistake : findObstacles(scenario.steps, Nobody))
+            obstacles +=
+                QString("%1:%2 %3").arg(mistake.line).arg(mistake.column).arg(mistake.text);
+        QCOMPARE(obstacles.size(), 15);
+        QCOMPARE(obstacles.first(),
+                 "2:1 'silence' needs the virtual box, and this box is a real one");
+        QCOMPARE(obstacles.at(13), "15:1 'start' needs the bench's own host, which is not here");
+        for (const Step &step : makePrompts(&scenario.steps))
+            asked += std::get<steps::Ask>(step.action).text;
+        QCOMPARE(asked, expected);
+        QCOMPARE(findObstacles(scenario.steps, NeedsHost).size(), 1); // The silence.
+    }
+
     // A key that means nothing would only be noticed by who presses it.
     void keysOfTheLiveViewAreSteps()
     {
@@ -273,6 +385,39 @@ private slots:
                                             writeFile(mDirectory.filePath("keys.scenario"), text)});
         QCOMPARE(play.errors, QByteArray());
         QCOMPARE(play.code, 0);
+    }
+
+    void rampsPassWhatIsBetween()
+    {
+        const QByteArray text = "start\nexpect link == 3 within 2s\nset drive.speed 200\n"
+                                "expect drive.speed == 200 within 1s\n"
+                                "ramp drive.speed to 100, climate.fan from 0 to 7 over 400ms\n"
+                                "expect drive.speed == 100 within 1s\nexpect climate.fan == 7\n";
+        const QByteArray seen =
+            run(CANBENCH, {"play", writeFile(mDirectory.filePath("ramp"), text)}).output;
+        static const QRegularExpression change(" -> (\\d+) km/h");
+        QVector<int> speeds;
+        for (auto found = change.globalMatch(seen); found.hasNext();)
+            speeds += found.next().captured(1).toInt();
+        QVERIFY2(speeds.size() > 5 && speeds[1] == 200 && speeds.last() == 100, seen);
+        QVERIFY2(std::is_sorted(speeds.rbegin(), speeds.rend() - 1), seen);
+    }
+
+    void answersLineByLine()
+    {
+        QFile file(DIALOGUE);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArrayList dialogue = file.readAll().trimmed().split('\n').mid(1);
+        QProcess canbench;
+        canbench.start(CANBENCH, {"run", "--control", "-"});
+        for (const QByteArray &exchange : dialogue)
+            canbench.write(exchange.left(exchange.indexOf(" => ")) + '\n');
+        canbench.closeWriteChannel();
+        QVERIFY(canbench.waitForFinished());
+        QByteArrayList seen = canbench.readAllStandardOutput().split('\n');
+        QCOMPARE(seen.size(), dialogue.size() + 1);
+        for (const QByteArray &exchange : dialogue)
+            QCOMPARE(exchange.left(exchange.indexOf(" => ") + 4) + seen.takeFirst(), exchange);
     }
 
     // Of letters that are missing, too many, other, or in another order; of nothing else.
