@@ -1,12 +1,18 @@
 // Recordings: written and read without loss, read whatever they hold, decoded, played and exported.
 #include "hosttest.h"
 
+#include "bench/recording/reduction.h"
 #include "bench/recording/traceplayer.h"
 #include "bench/recording/tracerecorder.h"
 
 #include <serialport.h>
 
 #include <QSignalSpy>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
 
 using namespace bench;
 using canservice::SerialMonitor;
@@ -102,7 +108,8 @@ const QByteArray kPackets = hex("0a0d0d0a2c000000 4d3c2b1a01000000ffffffffffffff
                                 "0100000020000000 9300000000000000"
                                 "02000100620000000000000020000000"
                                 "0600000030000000 010000000000000060e316000100000001000000"
-                                "ff000000020004000200000000000000 30000000");
+                                "ff000000020004000200000000000000 30000000"
+                                "63000000 0c000000 0c000000"); // A block that nobody knows.
 const QByteArray kBoth = "(1.000000) a R 2E\n(1.500000) b T FF\n";
 const struct
 {
@@ -217,6 +224,8 @@ private slots:
             QCOMPARE(reader.problem().left(problem.size()), problem);
             QCOMPARE(reader.problem().isEmpty(), problem.isEmpty());
             QCOMPARE(reader.note(), QString());
+            if (row.problem == QByteArray())
+                QCOMPARE(reader.progress(), row.content.isEmpty() ? -1.0 : 1.0);
             QVERIFY(reader.rewind());
         }
     }
@@ -234,7 +243,7 @@ private slots:
             TraceLine line;
             while (reader.next(&line))
                 read += traceText(line);
-            QCOMPARE(read, isWhole ? row.read : kBoth.left(18));
+            QCOMPARE(read, isWhole ? row.read : kBoth);
             const QString problem = isWhole ? row.problem : "or ends in this block";
             QVERIFY2(reader.problem().contains(problem), qPrintable(reader.problem()));
             QCOMPARE(reader.problem().isEmpty(), problem.isEmpty());
@@ -292,6 +301,77 @@ private slots:
             }
         QCOMPARE(rows, kDecodedTrip.split('\n'));
         QCOMPARE(alive, 7); // The version has one of its own.
+    }
+
+    // Beside all points at once, sorted into stretches of the width that is reached.
+    void reductionKeepsWhatStandsOut()
+    {
+        QVector<Series::Point> all;
+        Series series;
+        Marks marks;
+        quint32 random = 1;
+        int reductions = 0;
+        for (qint64 time = 5000; reductions < 3; time += 1000 + random % 9000) {
+            random = random * 1664525 + 1013904223;
+            const bool isWord = random >> 28 == 0;
+            all.append({time, isWord ? std::nan("") : random >> 24, QString::number(random >> 20)});
+            const int before = series.points().size();
+            series.add(all.last());
+            reductions += series.points().size() <= before;
+            marks.add(time, QString::number(all.size()));
+        }
+        std::map<qint64, QVector<int>> stretches;
+        for (int i = 0; i < all.size(); ++i)
+            stretches[all[i].time / series.width()] += i;
+        QVector<qint64> expected, kept;
+        for (const auto &[stretch, points] : stretches) {
+            int low = -1, high = -1, word = -1;
+            for (const int i : points) {
+                const bool isWord = std::isnan(all[i].number);
+                if (isWord && word < 0)
+                    word = i;
+                if (!isWord && (low < 0 || all[i].number < all[low].number))
+                    low = i;
+                if (!isWord && (high < 0 || all[i].number > all[high].number))
+                    high = i;
+            }
+            for (const int i : std::set{points.first(), points.last(), low, high, word})
+                if (i >= 0)
+                    expected += all[i].time;
+        }
+        for (const Series::Point &point : series.points())
+            kept += point.time;
+        QCOMPARE(kept, expected);
+        QCOMPARE(series.changes(), all.size());
+        QCOMPARE(stretches.crbegin()->first * 2 / 409, 1); // Of 409 that there may be.
+
+        int at = 0;
+        for (const Marks::Mark &mark : marks.marks()) {
+            QCOMPARE(mark.text, QString::number(at + 1));
+            QCOMPARE(mark.first, all[at].time);
+            at += int(mark.count);
+            QCOMPARE(mark.last, all[at - 1].time);
+        }
+        QVERIFY(at == all.size() && at == marks.count() && marks.marks().size() < 2048);
+    }
+
+    void trafficKeepsItsBusiestSecond()
+    {
+        Traffic traffic;
+        QMap<qint64, qint64> bytes; // By second.
+        for (int i = 0; i < 14000; ++i) {
+            traffic.add(i * 700'000LL, i * 7 % 101);
+            bytes[i * 7LL / 10] += i * 7 % 101;
+        }
+        QCOMPARE(traffic.seconds(), 4);
+        QCOMPARE(traffic.stretches().size(), 2450);
+        for (qint64 second = 0; second < 9800; second += 4) {
+            const Traffic::Stretch stretch = traffic.stretches().at(int(second / 4));
+            const std::array<qint64, 4> four{bytes[second], bytes[second + 1], bytes[second + 2],
+                                             bytes[second + 3]};
+            QCOMPARE(stretch.bytes, four[0] + four[1] + four[2] + four[3]);
+            QCOMPARE(stretch.busiest, *std::max_element(four.begin(), four.end()));
+        }
     }
 
     void playsAWindow_data() { addRows(kPlays); }
