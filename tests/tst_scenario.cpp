@@ -66,7 +66,8 @@ const struct
     {"a whole number", 255, "== 255|!= 254|> 254|< 256", "== 254|!= 255|<= 254|>= 256"},
     {"a number below zero", -100.0F, "== -100|!= -99|== low", "== -99|== high"},
     {"a switch", true, "== on|!= false|== 1", "== false|!= on|== 0"},
-    {"a text with a number", QStringLiteral("3km/h"), "== 3km/h|== 3|< 4", "!= 3|== 30|> 3"},
+    {"a text with a number", QStringLiteral("3km/h"), "== 3km/h|== 3|< 4|!= none",
+     "!= 3|== 30|> 3|== none"},
     {"a text without reading", QStringLiteral("--"), "== none|== --|!= 3", "== 3|> 0"},
     {"no text", QString(), "== \"\"", "!= \"\""},
 };
