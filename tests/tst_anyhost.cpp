@@ -310,6 +310,12 @@ private slots:
         host = std::make_unique<canservice::SerialPort>();
         QVERIFY(host->open(path("wrong"), 38400));
         QVERIFY(box.tells("host   is silent\n"));
+        host->writeData(QByteArray::fromHex("2E550101A8") + QByteArray(7, 'A'), false);
+        QVERIFY(box.tells("box    not understood\n"));
+        QVERIFY(box.tells("host > noise 41 41 41 41 41 41 41\n"));
+        QVERIFY(!box.said.contains("makes noise only"));
+        host->writeData("A", false);
+        QVERIFY(box.tells("host   makes noise only; does it speak at 38400 baud?\n"));
     }
 
     void saysWhatAFrameMeans_data() { addRows(kMeanings); }

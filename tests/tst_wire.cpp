@@ -84,7 +84,7 @@ struct HeadUnit
         QStringList names;
         for (int index = 0; index < getterCount(); ++index) {
             const Getter &row = getter(index);
-            if (!(row.read(*host.service()) == watch.value(index)) ||
+            if (!(row.read(*host.service()) == watch.value(row.name)) ||
                 row.textOf(*host.service()) != watch.text(row.name))
                 names += QLatin1String(row.name);
         }
