@@ -72,6 +72,8 @@ const struct
     {"the reader of a decoder has gone",
      "(sleep 0.2; $b decode t; echo $? >code) | :; exit $(cat code)", 141, ""},
 
+    {"a pipe that is replayed", "cat t | $b replay -", 1,
+     "canbench: a pipe cannot be replayed; record it to a file\n"},
     {"the trace for the export", "$b export --force --format pcapng -o t t", 1,
      "canbench: t is read by this command; write to another file\n"},
     {"a link to the trace", "$b export --force --format pcapng -o soft t", 1,
