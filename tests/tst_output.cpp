@@ -1,6 +1,7 @@
 // What leaves the bench: text, JSON and CSV of any content, files, and what becomes of lost output.
 #include "hosttest.h"
 
+#include "bench/headunit/elffile.h"
 #include "bench/screen/output.h"
 
 #include <QJsonArray>
@@ -162,6 +163,17 @@ const struct
 #endif
 };
 
+// What the system's own tools say of a library, in the order of what the bench reads of it.
+const char kTables[] = R"(export LC_ALL=C
+readelf -dW $f | sed -n 's/.*(SONAME).*\[\(.*\)\]/name \1/p'
+readelf -dW $f | sed -n 's/.*(NEEDED).*\[\(.*\)\]/needed \1/p'
+readelf -VW $f | sed -n '/needs section/,$s/.*Name: \([^ ]*\) .*/\1/p' | sort -V |
+    awk '{ kind = $0; sub(/_[^_]*$/, "", kind); highest[kind] = $0 }
+         END { for (kind in highest) print kind, highest[kind] }' | sort | sed "s/^[^ ]* /version /"
+nm -DC --defined-only $f | sed -n 's/^[0-9a-f]* [^WVu] /export /p' | sort
+nm -DCu $f | sed -n 's/^ *U \([^@]*\)$/import \1/p' | sort
+)";
+
 const QByteArray kEnter = "\033[?1049h\033[?25l\033[?7l";
 const QByteArray kLeave = "\033[?7h\033[?25h\033[?1049l";
 
@@ -297,6 +309,29 @@ private slots:
             QVERIFY2(outcome.output.contains(part), outcome.output);
         QCOMPARE(outcome.errors, QByteArray());
         QCOMPARE(outcome.code, row.code);
+    }
+
+    void readsTablesAsTheSystemDoes()
+    {
+        for (const QString file : {PLUGIN_FILE, HOST_FILE, CANBENCH}) {
+            const ElfFile read = readElf(file);
+            QStringList lines;
+            const auto add = [&lines](const char *what, const QStringList &names) {
+                for (const QString &name : names)
+                    lines += what + name;
+            };
+            if (!read.name.isEmpty())
+                add("name ", {read.name});
+            add("needed ", read.needed);
+            add("version ", read.versions);
+            add("export ", read.exports);
+            add("import ", read.imports);
+            const QString told = run("sh", {"-c", "f=" + file + "; " + kTables}).output;
+            QVERIFY(lines.size() > 6);
+            QCOMPARE(lines, told.trimmed().split('\n'));
+            QCOMPARE(read.problem, QString());
+            QCOMPARE(read.kind, file == CANBENCH ? ElfFile::Program : ElfFile::Library);
+        }
     }
 
     void givesTheTerminalBack()
