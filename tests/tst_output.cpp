@@ -93,6 +93,10 @@ const struct
      "canbench: t exists; use --force to replace it\n"},
     {"an export that exists", "$b export --format candump -o s t", 1,
      "canbench: s exists; use --force to replace it\n"},
+    {"more ports than an export has room for",
+     "for i in $(seq 257); do echo \"(1.000000) p$i R 00\"; done >p; head -256 p >some;"
+     "$b export --format pcapng -o new some && $b export --format pcapng -o x p",
+     1, "canbench: x: the recording has more than 256 ports\n"},
     {"a recording to standard output", "$b run --trace -", 1,
      "canbench: standard output has another use here; name a file\n"},
     {"a link to nowhere", "ln -s no n; $b run --trace n", 1,

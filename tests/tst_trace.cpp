@@ -85,6 +85,10 @@ const struct
     {"a line without end", kLine + QByteArray(1'000'000, '2'), kLine, ":2: the line is longer"},
     {"binary", QByteArray("\x7F\x45LF\0\n", 6), "", ":1: this is no text"},
     {"an escape sequence for the terminal", kLine + "\n# \x1B[2J\n", kLine, ":3: this is no text"},
+    {"the longest port", "(1.000000) " + QByteArray(255, 'p') + " R 2E\n",
+     "(1.000000) " + QByteArray(255, 'p') + " R 2E\n", ""},
+    {"a port that is longer", "(1.000000) " + QByteArray(256, 'p') + " R 2E\n", "",
+     ":1: 'pppppppppppppppppppppppp...' is no port; its name has 1 to 255 letters of ASCII"},
     {"odd digits", kLine + kLine + "(1.000000) a R 2E2\n", kLine + kLine, ":3: 3 hexadecimal"},
     {"no digits", "(1.000000) a R 2G\n", "", ":1: '2G'"},
     {"no bytes", "(1.000000) a R\n", "", ":1: 3 fields"},
@@ -92,6 +96,7 @@ const struct
     {"time with another fraction", "(1.5) a R 2E\n", "", ":1: '(1.5)' is no time"},
     {"time without fraction", "(1) a R 2E\n", "", ":1: '(1)' is no time"},
     {"time without seconds", "(.000000) a R 2E\n", "", ":1: '(.000000)' is no time"},
+    {"the latest time", "(999999999999.999999) a R 2E\n", "(999999999999.999999) a R 2E\n", ""},
     {"time beyond a number", "(9999999999999.000000) a R 2E\n", "", ":1: '(9999999999999"},
     {"cut in the last line", kLine + "(1.000000) a R 2", kLine, ":2: the file ends in this line"},
     {"cut where the last line could be whole", kLine + kLine.chopped(1), kLine + kLine,
@@ -397,6 +402,7 @@ private slots:
             player.tick();
         QCOMPARE(played.join(", "), QByteArray(row.played));
         QCOMPARE(finished.size(), 1);
+        QVERIFY(std::abs(*player.duration() - double(clock.milliseconds()) / 1000) < 0.01);
         QVERIFY(player.note().startsWith(mFile + ":4: the time goes back"));
     }
 
