@@ -193,6 +193,7 @@ private slots:
         QCOMPARE(mWitness->differences(), QStringList());
         QCOMPARE(mWitness->history().unexplained, QStringList());
         QCOMPARE(end.faults().count(row.fault), 1);
+        QVERIFY(end.faults().wasUsed());
         QCOMPARE(mSession->summary().fromBox.frames.value(0x7A), row.strangers);
     }
 
@@ -202,6 +203,9 @@ private slots:
         const auto &row = currentRow(kClaims);
         openSession();
         BoxEnd &end = *mSession->boxEnd();
+        QVERIFY(!end.faults().wasUsed());
+        end.faults().setPlan({}); // Which is told, though no fault happens.
+        QVERIFY(end.faults().wasUsed());
         end.car().pressKey(5);
         end.car().setRaw(valueId("ambient.colour"), 5);
         QTRY_COMPARE(int(mSession->service().getCarSettingData().ambient.colour), 5);
