@@ -44,6 +44,7 @@ public:
     /// The host is away, for example because the line is unplugged: with its next frame, the whole
     /// car is reported if the box is started.
     void awaitHost() { mAwaitsHost = true; }
+    bool awaitsHost() const { return mAwaitsHost; }
     /// The line was interrupted, perhaps within a frame: the host may still wait for the rest of
     /// it, so the whole car is reported twice when it is back.
     void cutLine();

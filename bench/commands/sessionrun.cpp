@@ -81,11 +81,8 @@ QString SessionRun::open()
 int SessionRun::finish(int code)
 {
     QStringList differences;
-    if (mWitness && code == Done && mSignals.latest() == 0) {
-        mWitness->settle(kSettleMs);
-        if (mWitness->isComparable())
-            differences = mWitness->differences();
-    }
+    if (mWitness && code == Done && mSignals.latest() == 0 && mWitness->settle(kSettleMs))
+        differences = mWitness->differences();
     mSession.stop();
     mPrinter.print(mSession.summary(), mSession.seconds());
     if (mSession.boxEnd() && mSession.boxEnd()->faults().wasUsed())

@@ -1,6 +1,8 @@
 #include "bench/headunit/witness.h"
 
+#include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -61,20 +63,21 @@ bool Witness::isComparable() const
 {
     BoxEnd &end = *mSession->boxEnd();
     return mSession->isStarted() && mSession->linkCode() == 3 && end.isPlugged() &&
-           end.box().isStarted() && !end.box().isSilent() && mSession->isQuiet();
+           end.box().isStarted() && !end.box().isSilent() && !end.box().awaitsHost() &&
+           mSession->isQuiet();
 }
 
-void Witness::settle(int milliseconds) const
+bool Witness::settle(int milliseconds) const
 {
-    QEventLoop loop;
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        milliseconds -= poll.interval();
-        if (isComparable() || milliseconds <= 0)
-            loop.quit();
-    });
-    poll.start(5);
-    loop.exec();
+    const QDeadlineTimer deadline(milliseconds);
+    while (!isComparable()) {
+        if (deadline.hasExpired())
+            return false;
+        QEventLoop loop;
+        QTimer::singleShot(5, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return true;
 }
 
 QVector<QPair<QString, qint64>> Witness::summary(const QStringList &differences) const

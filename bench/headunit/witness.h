@@ -25,10 +25,11 @@ public:
     /// report that the host has not had yet, or that a frame of no car has overwritten, is left
     /// out.
     QStringList differences() const;
-    /// Whether the two can be compared: the link is up and nothing is on its way.
-    bool isComparable() const;
-    /// Lets the event loop run until they can be compared, for \p milliseconds at most.
-    void settle(int milliseconds) const;
+    /// Lets the event loop run until the two can be compared: the link is up and nothing is on its
+    /// way.
+    /// \return whether they can be compared now; false after \p milliseconds in which they could
+    /// not
+    bool settle(int milliseconds) const;
 
     /// Of what the host has shown, as many values as were never sent by the box.
     struct History
@@ -48,6 +49,7 @@ public:
 private:
     using Statement = QPair<int, QString>; ///< A getter, or -1 for the key, and its text.
 
+    bool isComparable() const;
     void onSent(Inbound type, const QByteArray &payload);
     void onReceived(const LineItem &item);
     void onEvent(const Event &event);
