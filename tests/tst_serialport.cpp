@@ -162,7 +162,11 @@ private slots:
         box.write("stale");
         {
             Port slow;
-            QVERIFY(slow.open(box.path(), 19200));
+            for (const int speed :
+                 {1200, 2400, 4800, 9600, 38400, 57600, 115200, 230400, 460800, 921600, 19200}) {
+                QVERIFY(slow.open(box.path(), speed));
+                QCOMPARE(box.otherSpeed(), speed);
+            }
             termios settings;
             const int device = ::open(qPrintable(box.path()), O_RDWR | O_NOCTTY);
             QVERIFY(tcgetattr(device, &settings) == 0 && ::close(device) == 0);

@@ -95,6 +95,7 @@ const struct
     {"no direction", "(1.000000) a X 2E\n", "", ":1: 'X' is no direction"},
     {"time with another fraction", "(1.5) a R 2E\n", "", ":1: '(1.5)' is no time"},
     {"time without fraction", "(1) a R 2E\n", "", ":1: '(1)' is no time"},
+    {"time that does not begin", "1.000000) a R 2E\n", "", ":1: '1.000000)' is no time"},
     {"time without seconds", "(.000000) a R 2E\n", "", ":1: '(.000000)' is no time"},
     {"the latest time", "(999999999999.999999) a R 2E\n", "(999999999999.999999) a R 2E\n", ""},
     {"time beyond a number", "(9999999999999.000000) a R 2E\n", "", ":1: '(9999999999999"},

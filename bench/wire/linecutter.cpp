@@ -148,7 +148,6 @@ void LineCutter::flushNoise()
 
 void LineCutter::giveUp()
 {
-    mGiveUpAt = -1;
     if (!isFrameOpen())
         return;
     const QByteArray open = mOpen;
