@@ -314,6 +314,7 @@ private slots:
         int sent = 0;
         connect(&pacer, &bench::LinePacer::chunk, this,
                 [&](const QByteArray &b) { sent += b.size(); });
+        clock.advance(1'000'000'000);
         pacer.send(QByteArray(98, 'x')); // Of 10 bits: 25.52 ms.
         for (const auto &[microseconds, due] :
              {std::pair(260, 0), {1, 1}, {9739, 38}, {15520, 97}, {1, 98}}) {

@@ -21,7 +21,8 @@ struct ClimateEffect
     quint8 command;
     ValueId value;
     Way way;
-    int low, high;
+    int low;
+    int high = 0; ///< Of a cycle.
 };
 
 constexpr ClimateEffect kClimateEffects[] = {
@@ -39,18 +40,18 @@ constexpr ClimateEffect kClimateEffects[] = {
     {0x11, valueId("climate.rear"), Way::Cycle, 1, 1},
     {0x17, valueId("climate.front_defrost"), Way::Cycle, 1, 1},
     {0x18, valueId("climate.rear_defrost"), Way::Cycle, 1, 1},
-    {0x1A, valueId("climate.left"), Way::Step, 1, 0},
-    {0x1B, valueId("climate.left"), Way::Step, -1, 0},
-    {0x1C, valueId("climate.right"), Way::Step, 1, 0},
-    {0x1D, valueId("climate.right"), Way::Step, -1, 0},
-    {0x1E, valueId("climate.fan"), Way::Step, 1, 0},
-    {0x1F, valueId("climate.fan"), Way::Step, -1, 0},
+    {0x1A, valueId("climate.left"), Way::Step, 1},
+    {0x1B, valueId("climate.left"), Way::Step, -1},
+    {0x1C, valueId("climate.right"), Way::Step, 1},
+    {0x1D, valueId("climate.right"), Way::Step, -1},
+    {0x1E, valueId("climate.fan"), Way::Step, 1},
+    {0x1F, valueId("climate.fan"), Way::Step, -1},
     // Modes in which the blowing-mode key of a new climate control passes through all five.
-    {0x20, valueId("climate.mode"), Way::Select, 1, 0},
-    {0x21, valueId("climate.mode"), Way::Select, 3, 0},
-    {0x22, valueId("climate.mode"), Way::Select, 2, 0},
-    {0x23, valueId("climate.mode"), Way::Select, 4, 0},
-    {0x25, valueId("climate.mode"), Way::Select, 5, 0},
+    {0x20, valueId("climate.mode"), Way::Select, 1},
+    {0x21, valueId("climate.mode"), Way::Select, 3},
+    {0x22, valueId("climate.mode"), Way::Select, 2},
+    {0x23, valueId("climate.mode"), Way::Select, 4},
+    {0x25, valueId("climate.mode"), Way::Select, 5},
 };
 
 int changed(const ClimateEffect &effect, int raw)

@@ -48,7 +48,7 @@ QVector<Change> StateWatch::lookAround() { return look(announcements().last()); 
 QVector<Change> StateWatch::look(const QVector<int> &getters)
 {
     QVector<Change> changes;
-    if (!mService || getters.isEmpty())
+    if (!mService)
         return changes;
     for (const int index : getters) {
         const Getter &row = getter(index);
