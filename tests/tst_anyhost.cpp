@@ -313,6 +313,9 @@ private slots:
         host->writeData(QByteArray::fromHex("2E550101A8") + QByteArray(7, 'A'), false);
         QVERIFY(box.tells("box    not understood\n"));
         QVERIFY(box.tells("host > noise 41 41 41 41 41 41 41\n"));
+        host->writeData(QByteArray::fromHex("2EC109010000000000410042B1"), false);
+        QVERIFY(box.tells("text | AB\n"));
+        host->writeData(QByteArray(7, 'A'), false);
         QVERIFY(!box.said.contains("makes noise only"));
         host->writeData("A", false);
         QVERIFY(box.tells("host   makes noise only; does it speak at 38400 baud?\n"));

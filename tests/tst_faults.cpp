@@ -189,6 +189,7 @@ private slots:
         QTRY_COMPARE(deviceLost, row.losesDevice);
         again.stop();
         QVERIFY(mWitness->settle(8000)); // The device, the host and a cut frame take seconds.
+        QVERIFY(!end.box().awaitsHost() && end.isQuiet());
         QCOMPARE(mWitness->differences(), QStringList());
         QCOMPARE(mWitness->history().unexplained, QStringList());
         QCOMPARE(end.faults().count(row.fault), 1);
