@@ -22,7 +22,7 @@ struct ClimateEffect
     ValueId value;
     Way way;
     int low;
-    int high = 0; ///< Of a cycle.
+    int high = 0;
 };
 
 constexpr ClimateEffect kClimateEffects[] = {
